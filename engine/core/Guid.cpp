@@ -1,0 +1,163 @@
+#include "engine/core/Guid.h"
+
+#include "engine/core/Hash.h"
+
+#include <array>
+#include <mutex>
+#include <random>
+#include <stdexcept>
+
+namespace Vornu::Core
+{
+namespace
+{
+
+constexpr std::uint64_t kVersionMask = 0xF000ull;
+constexpr std::uint64_t kVariantMask = 0xC000000000000000ull;
+constexpr std::uint64_t kRfc4122Variant = 0x8000000000000000ull;
+
+Guid WithVersion(std::uint64_t high, std::uint64_t low, std::uint64_t version)
+{
+    return {(high & ~kVersionMask) | (version << 12), (low & ~kVariantMask) | kRfc4122Variant};
+}
+
+constexpr std::array<std::int8_t, 256> MakeDigitTable()
+{
+    std::array<std::int8_t, 256> table{};
+    for (std::size_t i = 0; i < table.size(); ++i)
+    {
+        const auto c = static_cast<int>(i);
+        table[i] = static_cast<std::int8_t>(c >= '0' && c <= '9'   ? c - '0'
+                                            : c >= 'a' && c <= 'f' ? c - 'a' + 10
+                                            : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                                                   : -1);
+    }
+    return table;
+}
+
+constexpr std::array<std::int8_t, 256> kDigitValues = MakeDigitTable();
+
+int DigitValue(char c)
+{
+    return kDigitValues[static_cast<unsigned char>(c)];
+}
+
+bool IsHyphenPosition(std::size_t position)
+{
+    return position == 8 || position == 13 || position == 18 || position == 23;
+}
+
+} // namespace
+
+Guid Guid::Generate()
+{
+    static std::mutex mutex;
+    static std::mt19937_64 engine = [] {
+        std::random_device device;
+        std::seed_seq seed{device(), device(), device(), device()};
+        return std::mt19937_64(seed);
+    }();
+    const std::lock_guard lock(mutex);
+    const std::uint64_t high = engine();
+    const std::uint64_t low = engine();
+    return WithVersion(high, low, 4);
+}
+
+std::optional<Guid> Guid::TryParse(std::string_view text)
+{
+    std::array<std::uint64_t, 2> words{};
+    std::size_t count = 0;
+    for (const char c : text)
+    {
+        if (c == '-')
+        {
+            continue;
+        }
+        const int value = DigitValue(c);
+        if (value < 0 || count == 32)
+        {
+            return std::nullopt;
+        }
+        words[count / 16] = (words[count / 16] << 4) | static_cast<std::uint64_t>(value);
+        ++count;
+    }
+    if (count != 32)
+    {
+        return std::nullopt;
+    }
+    return Guid{words[0], words[1]};
+}
+
+void Guid::WriteText(char* out) const noexcept
+{
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::size_t position = 0;
+    for (int nibble = 0; nibble < 32; ++nibble)
+    {
+        if (IsHyphenPosition(position))
+        {
+            out[position++] = '-';
+        }
+        const std::uint64_t word = nibble < 16 ? high : low;
+        out[position++] = kDigits[(word >> (60 - 4 * (nibble % 16))) & 0xF];
+    }
+}
+
+std::string Guid::ToString() const
+{
+    std::string text(kTextLength, '\0');
+    WriteText(text.data());
+    return text;
+}
+
+std::uint64_t Guid::Hash() const noexcept
+{
+    const std::uint64_t h1 = Fnv1aOfNumber(high);
+    const std::uint64_t h2 = Fnv1aOfNumber(low);
+    return (0x9E3779B9ull + (h1 >> 2) + h2 + (h1 << 6)) ^ h1;
+}
+
+Guid GuidFromName(std::string_view bytes)
+{
+    const std::uint64_t forward = Fnv1a(bytes);
+    std::uint64_t backward = kFnvPrime;
+    for (std::size_t i = bytes.size(); i > 0; --i)
+    {
+        backward = (backward ^ static_cast<unsigned char>(bytes[i - 1])) * kFnvPrime;
+    }
+    return WithVersion(forward, backward, 5);
+}
+
+Guid ParseStableGuid(std::string_view text)
+{
+    if (text.empty())
+    {
+        return {};
+    }
+    if (text.size() != 32 && text.size() != Guid::kTextLength)
+    {
+        throw std::runtime_error("Invalid stable GUID length.");
+    }
+    for (std::size_t i = 0; i < text.size(); ++i)
+    {
+        if (text.size() == Guid::kTextLength && IsHyphenPosition(i))
+        {
+            if (text[i] != '-')
+            {
+                throw std::runtime_error("Invalid stable GUID separator.");
+            }
+        }
+        else if (DigitValue(text[i]) < 0)
+        {
+            throw std::runtime_error("Invalid stable GUID digit.");
+        }
+    }
+    const std::optional<Guid> guid = Guid::TryParse(text);
+    if (!guid)
+    {
+        throw std::runtime_error("Invalid stable GUID.");
+    }
+    return *guid;
+}
+
+} // namespace Vornu::Core

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace Vornu::Core
+{
+
+/// Parameters of the 64-bit FNV-1a hash (Fowler, Noll, Vo; draft-eastlake-fnv).
+inline constexpr std::uint64_t kFnvOffsetBasis = 0xCBF29CE484222325ull;
+inline constexpr std::uint64_t kFnvPrime = 0x100000001B3ull;
+
+/// 64-bit FNV-1a of `bytes`, continued from `start`.
+constexpr std::uint64_t Fnv1a(std::string_view bytes, std::uint64_t start = kFnvOffsetBasis) noexcept
+{
+    std::uint64_t hash = start;
+    for (const char byte : bytes)
+    {
+        hash = (hash ^ static_cast<unsigned char>(byte)) * kFnvPrime;
+    }
+    return hash;
+}
+
+/// 64-bit FNV-1a over the little-endian bytes of an unsigned number.
+template<class Unsigned>
+constexpr std::uint64_t Fnv1aOfNumber(Unsigned number) noexcept
+{
+    std::uint64_t hash = kFnvOffsetBasis;
+    for (std::size_t i = 0; i < sizeof(Unsigned); ++i)
+    {
+        hash = (hash ^ static_cast<std::uint8_t>(number >> (8 * i))) * kFnvPrime;
+    }
+    return hash;
+}
+
+/// Hash of texts for unordered containers; finds `std::string` keys by `std::string_view`.
+struct TextHash
+{
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const noexcept { return Fnv1a(text); }
+};
+
+} // namespace Vornu::Core
