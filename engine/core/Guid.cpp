@@ -52,7 +52,8 @@ bool IsHyphenPosition(std::size_t position)
 Guid Guid::Generate()
 {
     static std::mutex mutex;
-    static std::mt19937_64 engine = [] {
+    static std::mt19937_64 engine = []
+    {
         std::random_device device;
         std::seed_seq seed{device(), device(), device(), device()};
         return std::mt19937_64(seed);

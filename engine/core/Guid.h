@@ -47,8 +47,8 @@ struct GuidHash
 /// A GUID derived from `bytes` alone, with version nibble 5: the same bytes give the same GUID in every run.
 Guid GuidFromName(std::string_view bytes);
 
-/// Strict parser of scene and schema text: empty text gives the null GUID; otherwise 32 hexadecimal digits, or
-/// 36 characters with hyphens at 8, 13, 18 and 23. Throws `std::runtime_error` on anything else.
+/// Strict parser of scene and schema text: empty text gives the null GUID; otherwise 32 hexadecimal digits,
+/// or 36 characters with hyphens at 8, 13, 18 and 23. Throws `std::runtime_error` on anything else.
 Guid ParseStableGuid(std::string_view text);
 
 } // namespace Vornu::Core

@@ -1,0 +1,92 @@
+#include "engine/core/InputFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Vornu::Core
+{
+
+InputFile::InputFile(const std::filesystem::path& path)
+{
+    do
+    {
+        descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    } while (descriptor_ < 0 && errno == EINTR);
+}
+
+InputFile::InputFile(InputFile&& other) noexcept
+    : descriptor_(std::exchange(other.descriptor_, -1)), failed_(other.failed_)
+{
+}
+
+InputFile& InputFile::operator=(InputFile&& other) noexcept
+{
+    std::swap(descriptor_, other.descriptor_);
+    std::swap(failed_, other.failed_);
+    return *this;
+}
+
+InputFile::~InputFile()
+{
+    if (descriptor_ >= 0)
+    {
+        ::close(descriptor_);
+    }
+}
+
+std::size_t InputFile::Read(char* out, std::size_t size)
+{
+    std::size_t done = 0;
+    while (done < size && !failed_)
+    {
+        const ssize_t count = ::read(descriptor_, out + done, size - done);
+        if (count == 0)
+        {
+            break;
+        }
+        if (count > 0)
+        {
+            done += static_cast<std::size_t>(count);
+        }
+        else if (errno != EINTR)
+        {
+            failed_ = true;
+        }
+    }
+    return done;
+}
+
+bool InputFile::ReadAll(std::string& out)
+{
+    // One byte more than the file's size lets the first read find the end.
+    struct stat status = {};
+    const bool sized = ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
+    std::size_t room = sized ? static_cast<std::size_t>(status.st_size) + 1 : std::size_t{65536};
+    out.clear();
+    std::size_t used = 0;
+    for (;;)
+    {
+        out.resize(used + room);
+        const std::size_t count = Read(out.data() + used, room);
+        used += count;
+        if (count < room)
+        {
+            break;
+        }
+        room = std::max<std::size_t>(used / 2, 65536);
+    }
+    out.resize(used);
+    return !failed_;
+}
+
+void InputFile::Rewind()
+{
+    failed_ = ::lseek(descriptor_, 0, SEEK_SET) != 0;
+}
+
+} // namespace Vornu::Core

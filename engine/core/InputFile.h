@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace Vornu::Core
+{
+
+/// A file open for reading. Closes itself. A FIFO without a writer reads as empty and never blocks.
+class InputFile
+{
+public:
+    InputFile() = default;
+    explicit InputFile(const std::filesystem::path& path);
+    InputFile(InputFile&& other) noexcept;
+    InputFile& operator=(InputFile&& other) noexcept;
+    ~InputFile();
+
+    bool IsOpen() const noexcept { return descriptor_ >= 0; }
+
+    /// True once a read has failed; a failed read is never taken for the end of the file.
+    bool Failed() const noexcept { return failed_; }
+
+    /// Reads up to `size` bytes. Fewer come only at the end of the file or when a read fails.
+    std::size_t Read(char* out, std::size_t size);
+
+    /// Reads from the present position to the end. False when a read fails.
+    bool ReadAll(std::string& out);
+
+    /// Goes back to the first byte.
+    void Rewind();
+
+private:
+    int descriptor_ = -1;
+    bool failed_ = false;
+};
+
+} // namespace Vornu::Core

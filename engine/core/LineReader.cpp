@@ -1,0 +1,87 @@
+#include "engine/core/LineReader.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace Vornu::Core
+{
+namespace
+{
+
+constexpr std::size_t kBufferSize = 65536;
+
+} // namespace
+
+LineReader::LineReader(std::string_view text) noexcept
+    : begin_(text.data()), at_(begin_), end_(begin_ + text.size())
+{
+}
+
+LineReader::LineReader(InputFile& file)
+    : file_(&file), buffer_(std::make_unique_for_overwrite<char[]>(kBufferSize)), capacity_(kBufferSize)
+{
+    begin_ = at_ = end_ = buffer_.get();
+}
+
+bool LineReader::ReadLine(std::string_view& line)
+{
+    std::size_t searched = 0;
+    for (;;)
+    {
+        const auto available = static_cast<std::size_t>(end_ - at_);
+        const void* const found =
+            available == searched ? nullptr : std::memchr(at_ + searched, '\n', available - searched);
+        if (found != nullptr)
+        {
+            const char* const feed = static_cast<const char*>(found);
+            line = {at_, static_cast<std::size_t>(feed - at_)};
+            at_ = feed + 1;
+            break;
+        }
+        searched = available;
+        if (FillBuffer())
+        {
+            continue;
+        }
+        if (Failed() || at_ == end_)
+        {
+            return false;
+        }
+        line = {at_, static_cast<std::size_t>(end_ - at_)};
+        at_ = end_;
+        break;
+    }
+    if (!line.empty() && line.back() == '\r')
+    {
+        line.remove_suffix(1);
+    }
+    return true;
+}
+
+/// Brings more bytes behind the present line's start. False at the end of the file.
+bool LineReader::FillBuffer()
+{
+    if (file_ == nullptr || file_->Failed())
+    {
+        return false;
+    }
+    const auto kept = static_cast<std::size_t>(end_ - at_);
+    base_ += static_cast<std::uint64_t>(at_ - begin_);
+    if (kept == capacity_)
+    {
+        auto larger = std::make_unique_for_overwrite<char[]>(2 * capacity_);
+        std::memcpy(larger.get(), at_, kept);
+        buffer_ = std::move(larger);
+        capacity_ *= 2;
+    }
+    else
+    {
+        std::memmove(buffer_.get(), at_, kept);
+    }
+    begin_ = at_ = buffer_.get();
+    const std::size_t count = file_->Read(buffer_.get() + kept, capacity_ - kept);
+    end_ = begin_ + kept + count;
+    return count > 0;
+}
+
+} // namespace Vornu::Core

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "engine/core/InputFile.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+namespace Vornu::Core
+{
+
+/// Hands out the lines of a text. A line ends at a line feed or at the end of the text; one carriage return
+/// directly before either is dropped. A text that ends with a line feed has no empty line behind it.
+class LineReader
+{
+public:
+    /// Lines are views into `text`, which outlives them.
+    explicit LineReader(std::string_view text) noexcept;
+
+    /// Reads through a buffer that holds one line at least; a line is valid until the next is asked for.
+    /// `file` outlives the reader.
+    explicit LineReader(InputFile& file);
+
+    /// The next line. False at the end and when a read fails.
+    bool ReadLine(std::string_view& line);
+
+    /// True once a read has failed.
+    bool Failed() const noexcept { return file_ != nullptr && file_->Failed(); }
+
+    /// Bytes from the start of the text to behind the last line, line end included.
+    std::uint64_t Position() const noexcept { return base_ + static_cast<std::uint64_t>(at_ - begin_); }
+
+private:
+    bool FillBuffer();
+
+    const char* begin_;
+    const char* at_;
+    const char* end_;
+    std::uint64_t base_ = 0; // position of `begin_`
+    InputFile* file_ = nullptr;
+    std::unique_ptr<char[]> buffer_;
+    std::size_t capacity_ = 0;
+};
+
+} // namespace Vornu::Core

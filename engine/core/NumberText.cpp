@@ -1,0 +1,362 @@
+#include "engine/core/NumberText.h"
+
+#include <array>
+#include <bit>
+#include <cfloat>
+#include <cmath>
+#include <cstring>
+
+namespace Vornu::Core
+{
+namespace
+{
+
+__extension__ using Wide = unsigned __int128;
+
+// The nine significant digits of a float f = m * 2^e are round(f * 10^k) for one k. The powers stand here as
+// `mantissa * 2^exponent` with 64 bits of mantissa, rounded down; from 10^0 to 10^27 they are exact. With 24
+// bits of m, the product's error stays far below the fraction bits, so that rounding is certain but for a
+// hair's breadth around one half, where the library's own routine decides.
+constexpr int kMinPower = -31;
+constexpr int kMaxPower = 54;
+constexpr int kMaxExactPower = 27;
+constexpr int kDigits = 9;
+constexpr std::uint64_t kLowestNineDigits = 100'000'000;
+constexpr std::uint64_t kTenDigits = 1'000'000'000;
+
+struct PowerOfTen
+{
+    std::uint64_t mantissa = 0;
+    int exponent = 0;
+};
+
+constexpr PowerOfTen MakePower(int power)
+{
+    const int count = power < 0 ? -power : power;
+    Wide five = 1;
+    for (int i = 0; i < count; ++i)
+    {
+        five *= 5;
+    }
+    if (power >= 0)
+    {
+        int shift = 0;
+        while (five >> 64 != 0)
+        {
+            five >>= 1;
+            ++shift;
+        }
+        auto mantissa = static_cast<std::uint64_t>(five);
+        while (mantissa >> 63 == 0)
+        {
+            mantissa <<= 1;
+            --shift;
+        }
+        return {mantissa, shift + power};
+    }
+    // 2^n / 5^count by long division, until the quotient has 64 bits.
+    Wide remainder = 1;
+    std::uint64_t quotient = 0;
+    int bits = 0;
+    while (quotient >> 63 == 0)
+    {
+        remainder <<= 1;
+        ++bits;
+        quotient <<= 1;
+        if (remainder >= five)
+        {
+            remainder -= five;
+            quotient |= 1;
+        }
+    }
+    return {quotient, -bits + power};
+}
+
+constexpr auto MakePowers()
+{
+    std::array<PowerOfTen, kMaxPower - kMinPower + 1> powers{};
+    for (int power = kMinPower; power <= kMaxPower; ++power)
+    {
+        powers[static_cast<std::size_t>(power - kMinPower)] = MakePower(power);
+    }
+    return powers;
+}
+
+constexpr auto kPowers = MakePowers();
+
+struct NineDigits
+{
+    std::uint64_t digits = 0; // 100,000,000 to 999,999,999
+    int exponent = 0;         // of the first digit
+};
+
+/// The nine digits of `mantissa * 2^exponent`, where bit 23 is the mantissa's highest. No value when the
+/// rounding can't be told.
+std::optional<NineDigits> RoundToNineDigits(std::uint32_t mantissa, int exponent)
+{
+    // floor(log10(2^n)), or one less than the first digit's exponent needs.
+    int first = ((exponent + 23) * 1233) >> 12;
+    for (;;)
+    {
+        const int power = kDigits - 1 - first;
+        const PowerOfTen& scale = kPowers[static_cast<std::size_t>(power - kMinPower)];
+        const Wide product = static_cast<Wide>(mantissa) * scale.mantissa;
+        const int shift = -(exponent + scale.exponent);
+        std::uint64_t digits = static_cast<std::uint64_t>(product >> shift);
+        if (digits >= kTenDigits)
+        {
+            ++first;
+            continue;
+        }
+        const std::uint64_t fraction =
+            static_cast<std::uint64_t>(product) & ((std::uint64_t{1} << shift) - 1);
+        const std::uint64_t half = std::uint64_t{1} << (shift - 1);
+        const bool exact = power >= 0 && power <= kMaxExactPower;
+        if (!exact && fraction < half && fraction + mantissa >= half)
+        {
+            return std::nullopt;
+        }
+        if (fraction > half || (fraction == half && (!exact || digits % 2 == 1)))
+        {
+            ++digits;
+        }
+        if (digits == kTenDigits)
+        {
+            return NineDigits{kLowestNineDigits, first + 1};
+        }
+        if (digits < kLowestNineDigits)
+        {
+            return std::nullopt;
+        }
+        return NineDigits{digits, first};
+    }
+}
+
+char* WriteScientific(char* out, const char* digits, int count, int exponent)
+{
+    *out++ = digits[0];
+    if (count > 1)
+    {
+        *out++ = '.';
+        std::memcpy(out, digits + 1, static_cast<std::size_t>(count - 1));
+        out += count - 1;
+    }
+    *out++ = 'e';
+    *out++ = exponent < 0 ? '-' : '+';
+    const int magnitude = exponent < 0 ? -exponent : exponent;
+    *out++ = static_cast<char>('0' + magnitude / 10);
+    *out++ = static_cast<char>('0' + magnitude % 10);
+    return out;
+}
+
+char* WriteFixed(char* out, const char* digits, int count, int exponent)
+{
+    if (exponent < 0)
+    {
+        *out++ = '0';
+        *out++ = '.';
+        for (int i = -1; i > exponent; --i)
+        {
+            *out++ = '0';
+        }
+        std::memcpy(out, digits, static_cast<std::size_t>(count));
+        return out + count;
+    }
+    for (int i = 0; i <= exponent; ++i)
+    {
+        *out++ = i < count ? digits[i] : '0';
+    }
+    if (count > exponent + 1)
+    {
+        *out++ = '.';
+        const int rest = count - exponent - 1;
+        std::memcpy(out, digits + exponent + 1, static_cast<std::size_t>(rest));
+        out += rest;
+    }
+    return out;
+}
+
+template<class Float>
+std::optional<Float> ParseWhole(std::string_view text)
+{
+    Float value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || rest != end)
+    {
+        return std::nullopt;
+    }
+    return value;
+}
+
+constexpr std::array<double, 23> kExactPowers = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                 1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+/// The common texts "[-]digits[.digits]" of up to 15 digits. They are exact in a double but for one rounding;
+/// a second rounding to float is safe unless the double stands beside the middle of two floats.
+std::optional<float> ParsePlainFloat(std::string_view text)
+{
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    const bool negative = at != end && *at == '-';
+    if (negative)
+    {
+        ++at;
+    }
+    std::uint64_t digits = 0;
+    const char* const first = at;
+    const char* point = nullptr;
+    for (; at != end; ++at)
+    {
+        const auto digit = static_cast<unsigned char>(*at - '0');
+        if (digit <= 9)
+        {
+            digits = digits * 10 + digit;
+        }
+        else if (*at == '.' && point == nullptr)
+        {
+            point = at;
+        }
+        else
+        {
+            return std::nullopt;
+        }
+    }
+    const std::ptrdiff_t count = end - first - (point != nullptr ? 1 : 0);
+    if (count < 1 || count > 15)
+    {
+        return std::nullopt;
+    }
+    double value = static_cast<double>(digits);
+    if (point != nullptr)
+    {
+        value /= kExactPowers[static_cast<std::size_t>(end - point - 1)];
+        const std::uint64_t tail = std::bit_cast<std::uint64_t>(value) & 0x1FFFFFFF;
+        if (tail - 0x0FFFFFFF <= 2 || (value < FLT_MIN && digits != 0))
+        {
+            return std::nullopt;
+        }
+    }
+    const auto result = static_cast<float>(value);
+    return negative ? -result : result;
+}
+
+} // namespace
+
+char* WriteFloatText(char* out, float value)
+{
+    const auto bits = std::bit_cast<std::uint32_t>(value);
+    if (bits >> 31 != 0)
+    {
+        *out++ = '-';
+    }
+    const float magnitude = std::bit_cast<float>(bits & 0x7FFFFFFFu);
+    if (magnitude < 16777216.0f)
+    {
+        const auto whole = static_cast<std::uint32_t>(magnitude);
+        if (static_cast<float>(whole) == magnitude)
+        {
+            return WriteIntegerText(out, whole);
+        }
+    }
+    std::uint32_t mantissa = bits & 0x7FFFFFu;
+    int exponent = static_cast<int>((bits >> 23) & 0xFF) - 150;
+    if (exponent == -150)
+    {
+        const int shift = std::countl_zero(mantissa) - 8;
+        mantissa <<= shift;
+        exponent = -149 - shift;
+    }
+    else
+    {
+        mantissa |= 0x800000u;
+    }
+    const std::optional<NineDigits> rounded = RoundToNineDigits(mantissa, exponent);
+    if (!rounded)
+    {
+        return std::to_chars(out, out + kNumberTextCapacity, magnitude, std::chars_format::general, kDigits)
+            .ptr;
+    }
+    char digits[kDigits];
+    std::uint64_t rest = rounded->digits;
+    for (int i = kDigits - 1; i >= 0; --i)
+    {
+        digits[i] = static_cast<char>('0' + rest % 10);
+        rest /= 10;
+    }
+    int count = kDigits;
+    while (digits[count - 1] == '0')
+    {
+        --count;
+    }
+    if (rounded->exponent < -4 || rounded->exponent >= kDigits)
+    {
+        return WriteScientific(out, digits, count, rounded->exponent);
+    }
+    return WriteFixed(out, digits, count, rounded->exponent);
+}
+
+char* WriteDoubleText(char* out, double value)
+{
+    return std::to_chars(out, out + kNumberTextCapacity, value, std::chars_format::general, 17).ptr;
+}
+
+std::optional<float> ParseFloatText(std::string_view text)
+{
+    const std::optional<float> plain = ParsePlainFloat(text);
+    return plain ? plain : ParseWhole<float>(text);
+}
+
+std::optional<double> ParseDoubleText(std::string_view text)
+{
+    return ParseWhole<double>(text);
+}
+
+std::optional<std::int64_t> DecimalMagnitude(std::string_view number)
+{
+    std::int64_t magnitude = 0;
+    bool found = false;
+    bool fraction = false;
+    std::size_t at = 0;
+    for (; at < number.size() && number[at] != 'e' && number[at] != 'E'; ++at)
+    {
+        const char c = number[at];
+        if (c == '.')
+        {
+            fraction = true;
+        }
+        else if (c >= '0' && c <= '9')
+        {
+            found = found || c != '0';
+            if (found && !fraction)
+            {
+                ++magnitude;
+            }
+            else if (!found && fraction)
+            {
+                --magnitude;
+            }
+        }
+    }
+    if (!found)
+    {
+        return std::nullopt;
+    }
+    if (at + 1 < number.size())
+    {
+        const bool plus = number[at + 1] == '+';
+        constexpr std::int64_t kFar = 1'000'000'000'000;
+        std::int64_t exponent = 0;
+        const char* const begin = number.data() + at + (plus ? 2 : 1);
+        const auto result = std::from_chars(begin, number.data() + number.size(), exponent);
+        if (result.ec == std::errc::result_out_of_range)
+        {
+            exponent = *begin == '-' ? -kFar : kFar;
+        }
+        magnitude += exponent < -kFar ? -kFar : exponent > kFar ? kFar : exponent;
+    }
+    return magnitude;
+}
+
+} // namespace Vornu::Core
