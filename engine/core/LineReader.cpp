@@ -12,8 +12,8 @@ constexpr std::size_t kBufferSize = 65536;
 
 } // namespace
 
-LineReader::LineReader(std::string_view text) noexcept
-    : begin_(text.data()), at_(begin_), end_(begin_ + text.size())
+LineReader::LineReader(std::string_view text, bool incomplete) noexcept
+    : begin_(text.data()), at_(begin_), end_(begin_ + text.size()), incomplete_(incomplete)
 {
 }
 
@@ -43,7 +43,7 @@ bool LineReader::ReadLine(std::string_view& line)
         {
             continue;
         }
-        if (Failed() || at_ == end_)
+        if (at_ == end_ || (file_ != nullptr && file_->Failed()))
         {
             return false;
         }

@@ -15,8 +15,9 @@ namespace Vornu::Core
 class LineReader
 {
 public:
-    /// Lines are views into `text`, which outlives them.
-    explicit LineReader(std::string_view text) noexcept;
+    /// Lines are views into `text`, which outlives them. `incomplete` tells that `text` ends where a read
+    /// failed and not at the end of its file.
+    explicit LineReader(std::string_view text, bool incomplete = false) noexcept;
 
     /// Reads through a buffer that holds one line at least; a line is valid until the next is asked for.
     /// `file` outlives the reader.
@@ -26,7 +27,7 @@ public:
     bool ReadLine(std::string_view& line);
 
     /// True once a read has failed.
-    bool Failed() const noexcept { return file_ != nullptr && file_->Failed(); }
+    bool Failed() const noexcept { return incomplete_ || (file_ != nullptr && file_->Failed()); }
 
     /// Bytes from the start of the text to behind the last line, line end included.
     std::uint64_t Position() const noexcept { return base_ + static_cast<std::uint64_t>(at_ - begin_); }
@@ -38,6 +39,7 @@ private:
     const char* at_;
     const char* end_;
     std::uint64_t base_ = 0; // position of `begin_`
+    bool incomplete_ = false;
     InputFile* file_ = nullptr;
     std::unique_ptr<char[]> buffer_;
     std::size_t capacity_ = 0;

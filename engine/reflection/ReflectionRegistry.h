@@ -1,0 +1,133 @@
+#pragma once
+
+#include "engine/reflection/PropertyTypes.h"
+#include "engine/reflection/ValueTraits.h"
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace Vornu::Reflection
+{
+
+/// Description of every compiled type that takes part in files: components, nested values, enums, asset
+/// types.
+///
+/// Filled by one thread at start-up and read-only afterwards. Registration faults are programming errors and
+/// throw `std::invalid_argument`. Entries are never removed.
+class ReflectionRegistry
+{
+public:
+    /// The one of the process.
+    static ReflectionRegistry& Instance();
+
+    /// A registry of its own, for tests.
+    ReflectionRegistry() = default;
+    ReflectionRegistry(const ReflectionRegistry&) = delete;
+    ReflectionRegistry& operator=(const ReflectionRegistry&) = delete;
+
+    /// Registers a type, or overwrites display name, category and version of the same type.
+    template<class Type>
+    TypeInfo& RegisterType(const std::string& name, const std::string& displayName,
+                           const std::string& category, std::uint32_t version)
+    {
+        return RegisterType(TypeIdOf<Type>(), name, displayName, category, version);
+    }
+    TypeInfo& RegisterType(TypeId type, const std::string& name, const std::string& displayName,
+                           const std::string& category, std::uint32_t version);
+
+    template<class Enum>
+    EnumSchema& RegisterEnum(const std::string& name, std::vector<EnumEntry> values)
+    {
+        using Limits = std::numeric_limits<std::underlying_type_t<Enum>>;
+        return RegisterEnum(TypeIdOf<Enum>(), name, std::move(values), EnumValue(Limits::min()),
+                            EnumValue(Limits::max()));
+    }
+
+    AssetTypeInfo& AddAssetType(const std::string& name, std::uint32_t nativeId);
+
+    /// Adds a property that is a member of `Owner`. A type that isn't there yet is registered under
+    /// `typeName`.
+    template<class Owner, class Value>
+    TypeInfo& AddProperty(const std::string& typeName, const std::string& propertyName, Value Owner::*member,
+                          PropertyKind kind, PropertyAttributes attributes)
+    {
+        RequireMember(member != nullptr, propertyName);
+        PropertyInfo property = MakeProperty<Value>(propertyName, kind, std::move(attributes));
+        const Owner owner{};
+        property.offset = static_cast<std::size_t>(reinterpret_cast<const std::byte*>(&(owner.*member)) -
+                                                   reinterpret_cast<const std::byte*>(&owner));
+        property.defaultValue = owner.*member;
+        return AddProperty(TypeIdOf<Owner>(), typeName, std::move(property));
+    }
+
+    /// Adds a property of a type that is laid out at run time and already registered.
+    template<class Value>
+    TypeInfo& AddOffsetProperty(const std::string& typeName, const std::string& propertyName,
+                                std::size_t byteOffset, PropertyKind kind, PropertyAttributes attributes,
+                                Value defaultValue)
+    {
+        PropertyInfo property = MakeProperty<Value>(propertyName, kind, std::move(attributes));
+        property.offset = byteOffset;
+        property.defaultValue = std::move(defaultValue);
+        return AddOffsetProperty(typeName, std::move(property));
+    }
+
+    const TypeInfo* FindType(std::string_view name) const noexcept;
+    const TypeInfo* FindType(TypeId type) const noexcept;
+    TypeInfo* FindType(TypeId type) noexcept;
+    const EnumSchema* FindEnum(std::string_view name) const noexcept;
+    const EnumSchema* FindEnum(TypeId type) const noexcept;
+    const AssetTypeInfo* FindAssetType(std::string_view name) const noexcept;
+
+    /// All types in order of registration.
+    const std::vector<std::unique_ptr<TypeInfo>>& Types() const noexcept { return types_; }
+    /// All types sorted by name. Built on demand; not for use by several threads at once.
+    const std::vector<const TypeInfo*>& SortedTypes() const;
+
+    /// Checks everything that was registered. On false `error`, where given, names the first faulty property.
+    bool Validate(std::string* error) const;
+
+private:
+    template<class Value>
+    PropertyInfo MakeProperty(const std::string& name, PropertyKind kind, PropertyAttributes attributes)
+    {
+        PropertyInfo property;
+        property.name = name;
+        property.schema = MakeValueSchema<Value>(kind);
+        property.valueSize = sizeof(Value);
+        property.attributes = std::move(attributes);
+        property.valueType = TypeIdOf<Value>();
+        property.accessors = &AccessorsOf<Value>();
+        property.defaults = DefaultsOf<Value>();
+        return property;
+    }
+
+    static void RequireMember(bool present, const std::string& propertyName);
+    EnumSchema& RegisterEnum(TypeId type, const std::string& name, std::vector<EnumEntry> values,
+                             EnumValue minimum, EnumValue maximum);
+    TypeInfo& AddProperty(TypeId owner, const std::string& typeName, PropertyInfo property);
+    TypeInfo& AddOffsetProperty(const std::string& typeName, PropertyInfo property);
+    TypeInfo& AppendProperty(TypeInfo& type, PropertyInfo property);
+    std::string FindStructuralFault(const TypeInfo& type, const PropertyInfo& property) const;
+
+    std::vector<std::unique_ptr<TypeInfo>> types_;
+    std::unordered_map<std::string_view, TypeInfo*> typesByName_; // keys live in the entries
+    std::unordered_map<TypeId, TypeInfo*, TypeIdHash> typesById_;
+    std::vector<std::unique_ptr<EnumSchema>> enums_;
+    std::unordered_map<std::string_view, EnumSchema*> enumsByName_;
+    std::vector<std::unique_ptr<AssetTypeInfo>> assetTypes_;
+    std::unordered_map<std::string_view, AssetTypeInfo*> assetTypesByName_;
+    mutable std::vector<const TypeInfo*> sortedTypes_;
+};
+
+/// The four checks of a property's attributes. Throws `std::invalid_argument` with the first that fails.
+void CheckAttributes(const std::string& propertyName, const ValueSchema& schema,
+                     const PropertyAttributes& attributes);
+
+} // namespace Vornu::Reflection

@@ -1,0 +1,416 @@
+#include "engine/reflection/SchemaText.h"
+
+#include "engine/core/NumberText.h"
+#include "engine/core/TokenReader.h"
+
+#include <glm/gtc/quaternion.hpp>
+#include <glm/vec2.hpp>
+#include <glm/vec3.hpp>
+#include <glm/vec4.hpp>
+
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+
+namespace Vornu::Reflection
+{
+namespace
+{
+
+using Core::IsSpace;
+
+constexpr char kNumberFault[] = "Invalid or out-of-range numeric value.";
+constexpr char kTrailingFault[] = "Unexpected trailing schema data.";
+constexpr char kControlFault[] = "Unescaped control character in schema token.";
+
+/// Characters that end the plain run of a quoted token.
+constexpr auto kTokenStops = []
+{
+    std::array<bool, 256> table{};
+    for (const char c : {'"', '\\', '\0', '\n', '\r'})
+    {
+        table[static_cast<unsigned char>(c)] = true;
+    }
+    return table;
+}();
+
+/// The letter behind the backslash for the bytes that are written escaped; 0 for all others.
+constexpr auto kEscapes = []
+{
+    std::array<char, 256> table{};
+    table['\0'] = '0';
+    table['\t'] = 't';
+    table['\n'] = 'n';
+    table['\r'] = 'r';
+    table['"'] = '"';
+    table['\\'] = '\\';
+    return table;
+}();
+
+bool StopsToken(char c)
+{
+    return kTokenStops[static_cast<unsigned char>(c)];
+}
+
+char Unescape(char c)
+{
+    switch (c)
+    {
+    case '"':
+    case '\\':
+        return c;
+    case 'n':
+        return '\n';
+    case 'r':
+        return '\r';
+    case 't':
+        return '\t';
+    case '0':
+        return '\0';
+    default:
+        throw std::runtime_error("Unknown schema escape.");
+    }
+}
+
+template<class Value>
+Value& Storage(const ObjectView& view)
+{
+    if (view.type != TypeIdOf<Value>() || view.mutableData == nullptr)
+    {
+        throw std::runtime_error("Schema accessor rejected value storage.");
+    }
+    return *static_cast<Value*>(view.mutableData);
+}
+
+template<class Value>
+const Value& ConstStorage(const ObjectView& view)
+{
+    if (view.type != TypeIdOf<Value>() || view.constData == nullptr)
+    {
+        throw std::runtime_error("Schema accessor rejected value storage.");
+    }
+    return *static_cast<const Value*>(view.constData);
+}
+
+float ParseFloat(std::string_view text)
+{
+    const std::optional<float> value = Core::ParseFloatText(text);
+    if (!value)
+    {
+        throw std::runtime_error(kNumberFault);
+    }
+    if (!std::isfinite(*value))
+    {
+        throw std::runtime_error("Non-finite numeric value.");
+    }
+    return *value;
+}
+
+template<class Integer>
+Integer ParseInteger(std::string_view text)
+{
+    const std::optional<Integer> value = Core::ParseIntegerText<Integer>(text);
+    if (!value)
+    {
+        throw std::runtime_error(kNumberFault);
+    }
+    return *value;
+}
+
+bool ParseBool(std::string_view text)
+{
+    if (text != "0" && text != "1")
+    {
+        throw std::runtime_error("Boolean schema value must be 0 or 1.");
+    }
+    return text == "1";
+}
+
+/// Reads exactly `components.size()` words.
+void ParseComponents(std::string_view text, std::initializer_list<float*> components)
+{
+    SchemaLine words(text);
+    for (float* const component : components)
+    {
+        const std::string_view word = words.ReadWord();
+        if (word.empty())
+        {
+            throw std::runtime_error("Missing vector component.");
+        }
+        *component = ParseFloat(word);
+    }
+    words.RequireEnd();
+}
+
+char* WriteFloat(char* out, float value)
+{
+    if (!std::isfinite(value))
+    {
+        throw std::runtime_error("Cannot save a non-finite schema value.");
+    }
+    return Core::WriteFloatText(out, value);
+}
+
+std::string_view FormatComponents(std::initializer_list<float> components, SchemaArena& arena)
+{
+    char* const begin = arena.AllocateText(components.size() * Core::kNumberTextCapacity);
+    char* out = begin;
+    for (const float component : components)
+    {
+        if (out != begin)
+        {
+            *out++ = ' ';
+        }
+        out = WriteFloat(out, component);
+    }
+    arena.ShrinkText(out);
+    return {begin, static_cast<std::size_t>(out - begin)};
+}
+
+template<class Integer>
+std::string_view FormatInteger(Integer value, SchemaArena& arena)
+{
+    char* const begin = arena.AllocateText(Core::kNumberTextCapacity);
+    char* const end = Core::WriteIntegerText(begin, value);
+    arena.ShrinkText(end);
+    return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+} // namespace
+
+void FieldBudget::Charge(std::uint64_t count, std::uint32_t depth)
+{
+    if (depth > kMaxNesting || count > kMaxFields || fields_ + count > kMaxFieldSum)
+    {
+        throw std::runtime_error("Schema exceeds the nesting or field budget.");
+    }
+    fields_ += count;
+}
+
+std::string_view SchemaLine::ReadWord() noexcept
+{
+    while (at_ != end_ && IsSpace(*at_))
+    {
+        ++at_;
+    }
+    const char* const begin = at_;
+    while (at_ != end_ && !IsSpace(*at_))
+    {
+        ++at_;
+    }
+    return {begin, static_cast<std::size_t>(at_ - begin)};
+}
+
+std::string_view SchemaLine::ReadQuoted(SchemaArena& arena)
+{
+    while (at_ != end_ && IsSpace(*at_))
+    {
+        ++at_;
+    }
+    if (at_ == end_ || *at_ != '"')
+    {
+        throw std::runtime_error("Malformed quoted schema token.");
+    }
+    const char* const begin = ++at_;
+    while (at_ != end_ && !StopsToken(*at_))
+    {
+        ++at_;
+    }
+    if (at_ == end_)
+    {
+        throw std::runtime_error("Unterminated schema token.");
+    }
+    if (*at_ == '"')
+    {
+        return {begin, static_cast<std::size_t>(at_++ - begin)};
+    }
+    return ReadEscaped(begin, arena);
+}
+
+/// Goes on with a token that began at `begin` and whose first special character is at hand.
+std::string_view SchemaLine::ReadEscaped(const char* begin, SchemaArena& arena)
+{
+    std::string text(begin, at_);
+    for (; at_ != end_; ++at_)
+    {
+        if (*at_ == '"')
+        {
+            ++at_;
+            return arena.CopyText(text);
+        }
+        if (*at_ == '\\')
+        {
+            if (++at_ == end_)
+            {
+                throw std::runtime_error("Incomplete schema escape.");
+            }
+            text.push_back(Unescape(*at_));
+        }
+        else if (StopsToken(*at_))
+        {
+            throw std::runtime_error(kControlFault);
+        }
+        else
+        {
+            text.push_back(*at_);
+        }
+    }
+    throw std::runtime_error("Unterminated schema token.");
+}
+
+void SchemaLine::RequireEnd() const
+{
+    for (const char* at = at_; at != end_; ++at)
+    {
+        if (!IsSpace(*at))
+        {
+            throw std::runtime_error(kTrailingFault);
+        }
+    }
+}
+
+std::uint32_t ParseSchemaCount(std::string_view word)
+{
+    return ParseInteger<std::uint32_t>(word);
+}
+
+void ChargeRecordLine(std::string_view line, SchemaBudget& budget)
+{
+    if (line.size() > kMaxLineSize)
+    {
+        throw std::runtime_error(kTruncatedRecord);
+    }
+    if (line.size() + 1 > kMaxRecordSize - budget.bytes)
+    {
+        throw std::runtime_error("Schema record exceeds its byte budget.");
+    }
+    budget.bytes += line.size() + 1;
+}
+
+void AppendEscaped(Core::TextWriter& out, std::string_view text)
+{
+    char* const begin = out.Reserve(2 * text.size());
+    char* at = begin;
+    for (const char c : text)
+    {
+        const char escape = kEscapes[static_cast<unsigned char>(c)];
+        if (escape != 0)
+        {
+            *at++ = '\\';
+            *at++ = escape;
+        }
+        else
+        {
+            *at++ = c;
+        }
+    }
+    out.Commit(static_cast<std::size_t>(at - begin));
+}
+
+std::string_view FormatLeaf(PropertyKind kind, const ObjectView& view, SchemaArena& arena)
+{
+    switch (kind)
+    {
+    case PropertyKind::Bool:
+        return ConstStorage<bool>(view) ? "1" : "0";
+    case PropertyKind::Int32:
+        return FormatInteger(ConstStorage<std::int32_t>(view), arena);
+    case PropertyKind::UInt32:
+        return FormatInteger(ConstStorage<std::uint32_t>(view), arena);
+    case PropertyKind::UInt64:
+        return FormatInteger(ConstStorage<std::uint64_t>(view), arena);
+    case PropertyKind::Float:
+        return FormatComponents({ConstStorage<float>(view)}, arena);
+    case PropertyKind::String:
+        return arena.CopyText(ConstStorage<std::string>(view));
+    case PropertyKind::Vec2:
+    {
+        const auto& v = ConstStorage<glm::vec2>(view);
+        return FormatComponents({v.x, v.y}, arena);
+    }
+    case PropertyKind::Vec3:
+    {
+        const auto& v = ConstStorage<glm::vec3>(view);
+        return FormatComponents({v.x, v.y, v.z}, arena);
+    }
+    case PropertyKind::Vec4:
+    {
+        const auto& v = ConstStorage<glm::vec4>(view);
+        return FormatComponents({v.x, v.y, v.z, v.w}, arena);
+    }
+    case PropertyKind::Quat:
+    {
+        const auto& q = ConstStorage<glm::quat>(view);
+        return FormatComponents({q.w, q.x, q.y, q.z}, arena);
+    }
+    case PropertyKind::Guid:
+        return FormatGuid(ConstStorage<Core::Guid>(view), arena);
+    default:
+        throw std::runtime_error("Unsupported schema leaf kind.");
+    }
+}
+
+void ParseLeaf(PropertyKind kind, std::string_view text, const ObjectView& view)
+{
+    switch (kind)
+    {
+    case PropertyKind::Bool:
+        Storage<bool>(view) = ParseBool(text);
+        return;
+    case PropertyKind::Int32:
+        Storage<std::int32_t>(view) = ParseInteger<std::int32_t>(text);
+        return;
+    case PropertyKind::UInt32:
+        Storage<std::uint32_t>(view) = ParseInteger<std::uint32_t>(text);
+        return;
+    case PropertyKind::UInt64:
+        Storage<std::uint64_t>(view) = ParseInteger<std::uint64_t>(text);
+        return;
+    case PropertyKind::Float:
+        Storage<float>(view) = ParseFloat(text);
+        return;
+    case PropertyKind::String:
+        Storage<std::string>(view) = text;
+        return;
+    case PropertyKind::Vec2:
+    {
+        auto& v = Storage<glm::vec2>(view);
+        return ParseComponents(text, {&v.x, &v.y});
+    }
+    case PropertyKind::Vec3:
+    {
+        auto& v = Storage<glm::vec3>(view);
+        return ParseComponents(text, {&v.x, &v.y, &v.z});
+    }
+    case PropertyKind::Vec4:
+    {
+        auto& v = Storage<glm::vec4>(view);
+        return ParseComponents(text, {&v.x, &v.y, &v.z, &v.w});
+    }
+    case PropertyKind::Quat:
+    {
+        auto& q = Storage<glm::quat>(view);
+        return ParseComponents(text, {&q.w, &q.x, &q.y, &q.z});
+    }
+    case PropertyKind::Guid:
+        Storage<Core::Guid>(view) = Core::ParseStableGuid(text);
+        return;
+    default:
+        throw std::runtime_error("Unsupported schema leaf kind.");
+    }
+}
+
+std::string_view FormatGuid(const Core::Guid& guid, SchemaArena& arena)
+{
+    if (!guid.IsValid())
+    {
+        return {};
+    }
+    char* const text = arena.AllocateText(Core::Guid::kTextLength);
+    guid.WriteText(text);
+    return {text, Core::Guid::kTextLength};
+}
+
+} // namespace Vornu::Reflection
