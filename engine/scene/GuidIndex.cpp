@@ -18,23 +18,28 @@ void GuidIndex::Insert(const Core::Guid& guid, Entity entity)
     {
         Rehash(std::max(kInitialBuckets, buckets_.size() * 2));
     }
-    const std::uint32_t added = TakeNode(guid, entity);
-    const std::size_t bucket = BucketOf(guid);
+    const std::uint64_t hash = guid.Hash();
+    Bucket& bucket = BucketOf(hash);
     std::uint32_t lastEqual = kNoNode;
-    for (std::uint32_t node = buckets_[bucket]; node != kNoNode; node = nodes_[node].next)
+    if ((bucket.filter & FilterBit(hash)) != 0)
     {
-        if (nodes_[node].guid == guid)
+        for (std::uint32_t node = bucket.first; node != kNoNode; node = nodes_[node].next)
         {
-            lastEqual = node;
-        }
-        else if (lastEqual != kNoNode)
-        {
-            break;
+            if (nodes_[node].guid == guid)
+            {
+                lastEqual = node;
+            }
+            else if (lastEqual != kNoNode)
+            {
+                break;
+            }
         }
     }
-    std::uint32_t& link = lastEqual == kNoNode ? buckets_[bucket] : nodes_[lastEqual].next;
+    const std::uint32_t added = TakeNode(guid, entity);
+    std::uint32_t& link = lastEqual == kNoNode ? bucket.first : nodes_[lastEqual].next;
     nodes_[added].next = link;
     link = added;
+    bucket.filter |= FilterBit(hash);
     ++size_;
 }
 
@@ -44,7 +49,8 @@ bool GuidIndex::Erase(const Core::Guid& guid, Entity entity)
     {
         return false;
     }
-    for (std::uint32_t* link = &buckets_[BucketOf(guid)]; *link != kNoNode; link = &nodes_[*link].next)
+    Bucket& bucket = BucketOf(guid.Hash());
+    for (std::uint32_t* link = &bucket.first; *link != kNoNode; link = &nodes_[*link].next)
     {
         const std::uint32_t node = *link;
         if (nodes_[node].entity == entity && nodes_[node].guid == guid)
@@ -53,6 +59,10 @@ bool GuidIndex::Erase(const Core::Guid& guid, Entity entity)
             nodes_[node].next = freeNode_;
             freeNode_ = node;
             --size_;
+            if (bucket.first == kNoNode)
+            {
+                bucket.filter = 0;
+            }
             return true;
         }
     }
@@ -65,7 +75,7 @@ std::uint32_t GuidIndex::First(const Core::Guid& guid) const noexcept
     {
         return kNoNode;
     }
-    std::uint32_t node = buckets_[BucketOf(guid)];
+    std::uint32_t node = buckets_[guid.Hash() & (buckets_.size() - 1)].first;
     while (node != kNoNode && !(nodes_[node].guid == guid))
     {
         node = nodes_[node].next;
@@ -81,7 +91,7 @@ std::uint32_t GuidIndex::Next(std::uint32_t node) const noexcept
 
 void GuidIndex::Clear() noexcept
 {
-    std::fill(buckets_.begin(), buckets_.end(), kNoNode);
+    std::fill(buckets_.begin(), buckets_.end(), Bucket{});
     nodes_.clear();
     freeNode_ = kNoNode;
     size_ = 0;
@@ -98,13 +108,13 @@ void GuidIndex::Reserve(std::size_t count)
 
 void GuidIndex::Rehash(std::size_t bucketCount)
 {
-    std::vector<std::uint32_t> old(bucketCount, kNoNode);
+    std::vector<Bucket> old(bucketCount);
     old.swap(buckets_);
     std::vector<std::uint32_t> chain;
-    for (const std::uint32_t first : old)
+    for (const Bucket& bucket : old)
     {
         chain.clear();
-        for (std::uint32_t node = first; node != kNoNode; node = nodes_[node].next)
+        for (std::uint32_t node = bucket.first; node != kNoNode; node = nodes_[node].next)
         {
             chain.push_back(node);
         }
@@ -112,9 +122,11 @@ void GuidIndex::Rehash(std::size_t bucketCount)
         for (std::size_t i = chain.size(); i > 0; --i)
         {
             Node& node = nodes_[chain[i - 1]];
-            std::uint32_t& head = buckets_[BucketOf(node.guid)];
-            node.next = head;
-            head = chain[i - 1];
+            const std::uint64_t hash = node.guid.Hash();
+            Bucket& target = BucketOf(hash);
+            node.next = target.first;
+            target.first = chain[i - 1];
+            target.filter |= FilterBit(hash);
         }
     }
 }

@@ -48,14 +48,18 @@ private:
         std::uint32_t next = kNoNode; // in the bucket, or in the free list
     };
 
-    std::size_t BucketOf(const Core::Guid& guid) const noexcept
+    struct Bucket
     {
-        return guid.Hash() & (buckets_.size() - 1);
-    }
+        std::uint32_t first = kNoNode;
+        std::uint32_t filter = 0; // has the bit of every key in the chain; spares a new key the walk
+    };
+
+    Bucket& BucketOf(std::uint64_t hash) noexcept { return buckets_[hash & (buckets_.size() - 1)]; }
+    static std::uint32_t FilterBit(std::uint64_t hash) noexcept { return 1u << (hash >> 59); }
     void Rehash(std::size_t bucketCount);
     std::uint32_t TakeNode(const Core::Guid& guid, Entity entity);
 
-    std::vector<std::uint32_t> buckets_; // first node of each chain; a power of two of them, or none yet
+    std::vector<Bucket> buckets_; // a power of two of them, or none yet
     std::vector<Node> nodes_;
     std::uint32_t freeNode_ = kNoNode;
     std::size_t size_ = 0;

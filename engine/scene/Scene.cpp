@@ -29,7 +29,7 @@ Scene& Scene::operator=(Scene&& other) noexcept
 {
     if (this != &other)
     {
-        Registry::operator=(std::move(other));
+        Registry::operator=(static_cast<Registry&&>(other));
         tracking_ = std::exchange(other.tracking_, {});
         environment_ = std::exchange(other.environment_, {});
     }

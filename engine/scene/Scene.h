@@ -1,9 +1,9 @@
 #pragma once
 
 #include "engine/core/Guid.h"
-#include "engine/core/OrderedMap.h"
 #include "engine/scene/Entity.h"
 #include "engine/scene/EntityMarks.h"
+#include "engine/scene/EntityRevisions.h"
 #include "engine/scene/Environment.h"
 #include "engine/scene/Registry.h"
 
@@ -132,12 +132,12 @@ private:
     {
         std::uint64_t revision = 1;
         std::uint64_t fullResetRevision = 1;
-        Core::OrderedMap<Entity, std::uint64_t, EntityHash> entityRevisions;
+        EntityRevisions entityRevisions;
 
         void Mark(Entity entity);
         void MarkAll();
-        /// A change set without its entities; `listed` says whether they are still to be looked up.
-        SceneChangeSet Begin(std::uint64_t since, bool& listed) const;
+        /// All marked entities count, valid or not.
+        SceneChangeSet ChangesSince(std::uint64_t since) const;
     };
 
     /// Entities changed since the last taking, without repeats. A change of an entity whose index another
@@ -174,6 +174,7 @@ private:
     void DestroyOne(Entity entity);
     void RemoveFromChildren(Entity parent, Entity child);
     void NoteNewParent(Entity child);
+    /// Drops the entities that have no transform and those below another one of the list.
     void KeepTopMost(std::vector<Entity>& entities) const;
     bool HasMarkedAncestor(Entity entity) const;
     void UpdateSubtrees(const std::vector<Entity>& roots);

@@ -1,7 +1,4 @@
 #include "engine/scene/Scene.h"
-#include "engine/scene/components/CoreComponents.h"
-
-#include <utility>
 
 namespace Vornu::Scene
 {
@@ -9,7 +6,7 @@ namespace Vornu::Scene
 void Scene::ChangeTrack::Mark(Entity entity)
 {
     ++revision;
-    entityRevisions.InsertOrAssign(entity, revision);
+    entityRevisions.Set(entity, revision);
 }
 
 void Scene::ChangeTrack::MarkAll()
@@ -19,12 +16,15 @@ void Scene::ChangeTrack::MarkAll()
     entityRevisions.Clear();
 }
 
-SceneChangeSet Scene::ChangeTrack::Begin(std::uint64_t since, bool& listed) const
+SceneChangeSet Scene::ChangeTrack::ChangesSince(std::uint64_t since) const
 {
     SceneChangeSet changes;
     changes.fullRebuild = since == 0 || since < fullResetRevision;
     changes.revision = revision;
-    listed = !changes.fullRebuild && since < revision;
+    if (!changes.fullRebuild && since < revision)
+    {
+        changes.entities = entityRevisions.ChangedAfter(since);
+    }
     return changes;
 }
 
@@ -97,37 +97,14 @@ void Scene::MarkEverythingChanged()
 
 SceneChangeSet Scene::TransformChangesSince(std::uint64_t revision) const
 {
-    bool listed = false;
-    SceneChangeSet changes = tracking_.transforms.Begin(revision, listed);
-    if (listed)
-    {
-        for (const auto& [entity, changedAt] : tracking_.transforms.entityRevisions)
-        {
-            if (changedAt > revision && HasTransform(entity))
-            {
-                changes.entities.push_back(entity);
-            }
-        }
-        KeepTopMost(changes.entities);
-    }
+    SceneChangeSet changes = tracking_.transforms.ChangesSince(revision);
+    KeepTopMost(changes.entities);
     return changes;
 }
 
 SceneChangeSet Scene::StateChangesSince(std::uint64_t revision) const
 {
-    bool listed = false;
-    SceneChangeSet changes = tracking_.states.Begin(revision, listed);
-    if (listed)
-    {
-        for (const auto& [entity, changedAt] : tracking_.states.entityRevisions)
-        {
-            if (changedAt > revision)
-            {
-                changes.entities.push_back(entity);
-            }
-        }
-    }
-    return changes;
+    return tracking_.states.ChangesSince(revision);
 }
 
 SceneChangeSet Scene::TakeDirtyTransformRoots()
@@ -137,13 +114,7 @@ SceneChangeSet Scene::TakeDirtyTransformRoots()
     changes.revision = tracking_.transforms.revision;
     if (!changes.fullRebuild)
     {
-        for (const Entity entity : tracking_.worldDirty.entities)
-        {
-            if (HasTransform(entity))
-            {
-                changes.entities.push_back(entity);
-            }
-        }
+        changes.entities = tracking_.worldDirty.entities;
         KeepTopMost(changes.entities);
     }
     tracking_.worldUpdateAllDirty = false;
@@ -153,6 +124,7 @@ SceneChangeSet Scene::TakeDirtyTransformRoots()
 
 void Scene::KeepTopMost(std::vector<Entity>& entities) const
 {
+    std::erase_if(entities, [this](Entity entity) { return !HasTransform(entity); });
     marks_.Begin(SlotCount());
     for (const Entity entity : entities)
     {

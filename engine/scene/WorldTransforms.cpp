@@ -121,9 +121,9 @@ const WorldCacheEntry& Scene::BringUpToDate(Entity entity)
     {
         const Entity current = chain_[i - 1];
         WorldCacheEntry& entry = CacheEntryOf(current);
-        const std::uint64_t* changed = track.entityRevisions.Find(current);
-        const std::uint64_t required = std::max({track.fullResetRevision, changed != nullptr ? *changed : 0,
-                                                 parent != nullptr ? parent->revision : std::uint64_t{0}});
+        const std::uint64_t required =
+            std::max({track.fullResetRevision, track.entityRevisions.RevisionOf(current),
+                      parent != nullptr ? parent->revision : std::uint64_t{0}});
         if (entry.revision < required)
         {
             const glm::mat4 local = LocalMatrix(TryGet<TransformComponent>(current)->transform);
@@ -133,7 +133,7 @@ const WorldCacheEntry& Scene::BringUpToDate(Entity entity)
         entry.checkedAt = track.revision;
         parent = &entry;
     }
-    return *parent;
+    return CacheEntryOf(entity);
 }
 
 } // namespace Vornu::Scene
