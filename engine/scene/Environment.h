@@ -55,6 +55,8 @@ struct PostProcessSettings
     float ambientOcclusionIntensity = 1.0f;
     float cameraNear = 0.1f;
     float cameraFar = 1000.0f;
+
+    friend bool operator==(const PostProcessSettings&, const PostProcessSettings&) = default;
 };
 
 struct EnvironmentSettings
@@ -66,6 +68,8 @@ struct EnvironmentSettings
     bool showBackground = true;
     PostProcessSettings postProcess;
     std::vector<Assets::AssetId> postProcessMaterials;
+
+    friend bool operator==(const EnvironmentSettings&, const EnvironmentSettings&) = default;
 };
 
 } // namespace Vornu::Scene

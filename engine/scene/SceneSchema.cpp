@@ -1,0 +1,8 @@
+#include "engine/scene/SceneSchema.h"
+
+namespace Vornu::Scene
+{
+
+void EnsureSceneSchema() {}
+
+} // namespace Vornu::Scene
