@@ -276,6 +276,8 @@ TEST(Logger, TheEnvironmentSetsLevelsWhenFilesOpen)
     logger.CloseLogFiles();
     EXPECT_EQ(sink->Lines(), "[Warn] [Core] VORNU_LOG_LEVELS contains an invalid entry: 'debug;bogus'.\n"
                              "[Debug] [Audio] now let through\n");
+    logger.Log(LogCategory::General, LogLevel::Info, "written by this thread");
+    EXPECT_TRUE(sink->Lines().ends_with("through\n[Info] written by this thread\n"));
 }
 
 TEST(Logger, AFatalMessageIsOnDiskWhenLogReturns)
@@ -344,6 +346,8 @@ TEST(Logger, ASinkMayCloseTheLogger)
         logger.AddSink(sink);
         logger.OpenLogFiles("App", folder.Path());
         logger.Log(LogCategory::General, LogLevel::Info, "closes");
+        logger.Flush();
+        EXPECT_EQ(logger.GetSessionLogPath(), "");
         logger.Log(LogCategory::General, LogLevel::Info, "after");
         logger.OpenLogFiles("App", folder.Path());
         logger.Log(LogCategory::General, LogLevel::Info, "again");
