@@ -1,0 +1,203 @@
+#include "engine/core/Backup.h"
+
+#include "engine/core/FileDescriptor.h"
+#include "engine/core/FileSystemCalls.h"
+#include "engine/core/Signals.h"
+#include "engine/core/System.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace Vornu::Platform
+{
+namespace
+{
+
+constexpr std::size_t kCopyBlock = 262'144;
+constexpr int kNameAttempts = 16;
+/// Closed to others until the source's own bits are set.
+constexpr mode_t kPrivateMode = 0600;
+
+/// Errors by which file systems and restricted environments say that they have no unnamed files.
+bool MeansUnsupported(int error)
+{
+    switch (error)
+    {
+    case EOPNOTSUPP:
+    case EISDIR:
+    case EINVAL:
+    case ENOENT:
+    case ENOSYS:
+    case EPERM:
+    case EACCES:
+        return true;
+    default:
+        return false;
+    }
+}
+
+int CopyBytes(const FileDescriptor& from, const FileDescriptor& to)
+{
+    if (::lseek(from.Get(), 0, SEEK_SET) != 0)
+    {
+        return errno;
+    }
+    std::vector<char> block(kCopyBlock);
+    while (true)
+    {
+        const ssize_t count = ActiveFileSystemCalls().read(from.Get(), block.data(), block.size());
+        if (count == 0)
+        {
+            return 0;
+        }
+        if (count > 0)
+        {
+            if (const int error = WriteAll(to, {block.data(), static_cast<std::size_t>(count)}))
+            {
+                return error;
+            }
+        }
+        else if (errno != EINTR)
+        {
+            return errno;
+        }
+    }
+}
+
+/// Bytes, attributes and a flush; `to` isn't visible under its final name yet.
+int FillCopy(const FileDescriptor& from, const FileDescriptor& to)
+{
+    struct stat status = {};
+    if (::fstat(from.Get(), &status) != 0)
+    {
+        return errno;
+    }
+    int error = CopyBytes(from, to);
+    if (error == 0)
+    {
+        error = AdoptAttributes(to, status);
+    }
+    return error != 0 ? error : Flush(to);
+}
+
+int Link(const fs::path& from, const fs::path& to, int flags)
+{
+    return ActiveFileSystemCalls().link(from.c_str(), to.c_str(), flags) == 0 ? 0 : errno;
+}
+
+/// Copies through a file that has no name until it is complete. `unsupported` is set if this can't be done
+/// here.
+int CopyUnnamed(const FileDescriptor& from, const fs::path& destination, bool& unsupported)
+{
+    FileDescriptor to;
+    int error = OpenDescriptor(FolderOf(destination), O_TMPFILE | O_WRONLY, kPrivateMode, to);
+    if (error != 0)
+    {
+        unsupported = MeansUnsupported(error);
+        return error;
+    }
+    if ((error = FillCopy(from, to)) != 0)
+    {
+        return error;
+    }
+    error = Link("/proc/self/fd/" + std::to_string(to.Get()), destination, AT_SYMLINK_FOLLOW);
+    if (error != 0)
+    {
+        unsupported = MeansUnsupported(error);
+        return error;
+    }
+    if ((error = to.Close()) != 0)
+    {
+        ::unlink(destination.c_str());
+    }
+    return error;
+}
+
+/// Creates a file of a random name in `folder`.
+int CreateNamed(const fs::path& folder, fs::path& path, FileDescriptor& out)
+{
+    int error = EEXIST;
+    for (int attempt = 0; attempt < kNameAttempts && error == EEXIST; ++attempt)
+    {
+        std::uint64_t number = 0;
+        if (!RandomBytes(&number, sizeof number))
+        {
+            return EIO;
+        }
+        std::array<char, 40> name{};
+        std::snprintf(name.data(), name.size(), ".vornu-%016llx.tmp",
+                      static_cast<unsigned long long>(number));
+        path = folder / name.data();
+        error = OpenDescriptor(path, O_WRONLY | O_CREAT | O_EXCL, kPrivateMode, out);
+    }
+    return error;
+}
+
+int CopyNamed(const FileDescriptor& from, const fs::path& destination)
+{
+    FileDescriptor to;
+    fs::path temporary;
+    int error = CreateNamed(FolderOf(destination), temporary, to);
+    if (error != 0)
+    {
+        return error;
+    }
+    const int slot = RegisterTemporaryPath(temporary.c_str());
+    error = FillCopy(from, to);
+    const int closeError = to.Close();
+    error = error != 0 ? error : closeError;
+    error = error != 0 ? error : Link(temporary, destination, 0);
+    ::unlink(temporary.c_str());
+    ReleaseTemporaryPath(slot);
+    return error;
+}
+
+int CopyExclusive(const fs::path& source, const fs::path& destination)
+{
+    FileDescriptor from;
+    int error = OpenDescriptor(source, O_RDONLY, 0, from);
+    if (error != 0)
+    {
+        return error;
+    }
+    FileDescriptor folder;
+    if ((error = OpenFolder(FolderOf(destination), folder)) != 0)
+    {
+        return error;
+    }
+    bool unsupported = false;
+    error = CopyUnnamed(from, destination, unsupported);
+    if (unsupported)
+    {
+        error = CopyNamed(from, destination);
+    }
+    if (error != 0)
+    {
+        return error;
+    }
+    if ((error = FlushFolder(folder)) != 0)
+    {
+        ::unlink(destination.c_str());
+    }
+    return error;
+}
+
+} // namespace
+
+FileResult CopyFileExclusive(const fs::path& source, const fs::path& destination)
+{
+    const int error = CopyExclusive(source, destination);
+    return error == 0 ? FileResult{} : FileResult{FileResult::kSystemFailure, SystemErrorText(error)};
+}
+
+} // namespace Vornu::Platform

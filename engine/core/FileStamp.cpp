@@ -1,0 +1,20 @@
+#include "engine/core/FileStamp.h"
+
+#include <sys/stat.h>
+
+namespace Vornu::Platform
+{
+
+std::optional<FileStamp> ReadFileStamp(const std::filesystem::path& path) noexcept
+{
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0)
+    {
+        return std::nullopt;
+    }
+    constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
+    return FileStamp{status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+                     status.st_mtim.tv_sec * kNanosecondsPerSecond + status.st_mtim.tv_nsec};
+}
+
+} // namespace Vornu::Platform

@@ -1,0 +1,120 @@
+#include "engine/core/Paths.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace fs = std::filesystem;
+
+namespace Vornu::Platform
+{
+namespace
+{
+
+/// The longest part of `path` that has a long form, in that form, with the rest behind it.
+fs::path ExpandLongestPrefix(const fs::path& path)
+{
+    fs::path prefix = path;
+    fs::path rest;
+    while (!prefix.empty())
+    {
+        if (const std::optional<fs::path> expanded = LongPathName(prefix))
+        {
+            return rest.empty() ? *expanded : *expanded / rest;
+        }
+        if (!prefix.has_relative_path())
+        {
+            break;
+        }
+        rest = rest.empty() ? prefix.filename() : prefix.filename() / rest;
+        prefix = prefix.parent_path();
+    }
+    return path;
+}
+
+} // namespace
+
+fs::path CanonicalPath(const fs::path& path)
+{
+    if (path.empty())
+    {
+        return {};
+    }
+    std::error_code error;
+    fs::path result = fs::absolute(path, error);
+    if (error || result.empty())
+    {
+        result = path;
+    }
+    result = result.lexically_normal();
+    fs::path canonical = fs::weakly_canonical(result, error);
+    result = error || canonical.empty() ? ExpandLongestPrefix(result) : std::move(canonical);
+    result = result.lexically_normal();
+    while (!result.has_filename() && result.has_relative_path())
+    {
+        result = result.parent_path();
+    }
+    return result;
+}
+
+std::string NormalizedCaseKey(const fs::path& path)
+{
+    std::string key = path.string();
+    std::replace(key.begin(), key.end(), '\\', '/');
+    return key;
+}
+
+bool IsSamePath(const fs::path& a, const fs::path& b)
+{
+    if (a.empty() || b.empty())
+    {
+        return a.empty() && b.empty();
+    }
+    return NormalizedCaseKey(CanonicalPath(a)) == NormalizedCaseKey(CanonicalPath(b));
+}
+
+std::optional<fs::path> RelativeToRoot(const fs::path& root, const fs::path& path)
+{
+    if (root.empty() || path.empty())
+    {
+        return std::nullopt;
+    }
+    const fs::path canonicalRoot = CanonicalPath(root);
+    const fs::path canonicalPath = CanonicalPath(path);
+    if (!IsPathUnder(NormalizedCaseKey(canonicalRoot), NormalizedCaseKey(canonicalPath)))
+    {
+        return std::nullopt;
+    }
+    auto part = canonicalPath.begin();
+    for (auto i = canonicalRoot.begin(); i != canonicalRoot.end() && part != canonicalPath.end(); ++i)
+    {
+        ++part;
+    }
+    fs::path relative;
+    for (; part != canonicalPath.end(); ++part)
+    {
+        relative /= *part;
+    }
+    return relative.empty() ? fs::path(".") : relative;
+}
+
+bool IsPathUnder(std::string_view rootKey, std::string_view key)
+{
+    if (rootKey.empty() || !key.starts_with(rootKey))
+    {
+        return false;
+    }
+    return rootKey.size() == key.size() || rootKey.ends_with('/') || key[rootKey.size()] == '/';
+}
+
+std::optional<fs::path> LongPathName(const fs::path&)
+{
+    return std::nullopt;
+}
+
+std::optional<fs::path> ShortPathName(const fs::path&)
+{
+    return std::nullopt;
+}
+
+} // namespace Vornu::Platform
