@@ -117,4 +117,21 @@ std::optional<fs::path> ShortPathName(const fs::path&)
     return std::nullopt;
 }
 
+std::optional<std::filesystem::path> FollowLinks(const std::filesystem::path& path)
+{
+    constexpr int kMaxLinks = 40; // as many as the system follows
+    std::filesystem::path current = path;
+    for (int i = 0; i <= kMaxLinks; ++i)
+    {
+        std::error_code error;
+        const std::filesystem::path target = std::filesystem::read_symlink(current, error);
+        if (error)
+        {
+            return current;
+        }
+        current = current.parent_path() / target;
+    }
+    return std::nullopt;
+}
+
 } // namespace Vornu::Platform

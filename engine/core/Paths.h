@@ -30,4 +30,8 @@ bool IsPathUnder(std::string_view rootKey, std::string_view key);
 std::optional<std::filesystem::path> LongPathName(const std::filesystem::path& path);
 std::optional<std::filesystem::path> ShortPathName(const std::filesystem::path& path);
 
+/// The file that a symbolic link names at the end of its chain, whether it exists or not; a path that is no
+/// link itself. Nothing for a chain that doesn't end.
+std::optional<std::filesystem::path> FollowLinks(const std::filesystem::path& path);
+
 } // namespace Vornu::Platform

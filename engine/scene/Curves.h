@@ -21,12 +21,16 @@ struct CurveKey
     float inSlope = 0.0f;
     float outSlope = 0.0f;
     CurveInterpolation interpolation = CurveInterpolation::Smooth;
+
+    friend bool operator==(const CurveKey&, const CurveKey&) = default;
 };
 
 struct GradientKey
 {
     float time = 0.0f;
     glm::vec3 color{1.0f, 1.0f, 1.0f};
+
+    friend bool operator==(const GradientKey&, const GradientKey&) = default;
 };
 
 } // namespace Vornu::Scene

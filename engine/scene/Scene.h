@@ -99,6 +99,8 @@ public:
     void MarkAllTransformsChanged();
     void MarkAllStateChanged();
     void MarkEverythingChanged();
+    /// What a finished load raises: all transforms and the scene itself have changed.
+    void MarkLoaded();
 
     /// The top-most entities whose transforms changed after `revision` of the transform track. Looks through
     /// every entity that was ever marked.

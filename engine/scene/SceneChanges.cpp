@@ -95,6 +95,12 @@ void Scene::MarkEverythingChanged()
     ++tracking_.sceneRevision;
 }
 
+void Scene::MarkLoaded()
+{
+    MarkAllTransformsChanged();
+    ++tracking_.sceneRevision;
+}
+
 SceneChangeSet Scene::TransformChangesSince(std::uint64_t revision) const
 {
     SceneChangeSet changes = tracking_.transforms.ChangesSince(revision);

@@ -1,4 +1,17 @@
-int main()
+#include "engine/core/Signals.h"
+#include "tools/upgrade/UpgradeTool.h"
+
+#include <string_view>
+#include <vector>
+
+int main(int argumentCount, char** argumentValues)
 {
-    return 0;
+    Vornu::Platform::PrepareStandardStreams();
+    Vornu::Platform::InstallTemporaryFileCleanup();
+    std::vector<std::string_view> arguments;
+    for (int i = 1; i < argumentCount; ++i)
+    {
+        arguments.emplace_back(argumentValues[i]);
+    }
+    return Vornu::Upgrade::RunUpgradeTool(arguments);
 }

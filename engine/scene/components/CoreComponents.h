@@ -30,6 +30,8 @@ struct Transform
     glm::vec3 position{0.0f, 0.0f, 0.0f};
     glm::vec3 rotation{0.0f, 0.0f, 0.0f}; // Euler angles in degrees
     glm::vec3 scale{1.0f, 1.0f, 1.0f};
+
+    friend bool operator==(const Transform&, const Transform&) = default;
 };
 
 struct TransformComponent
@@ -50,6 +52,8 @@ struct PrefabOverride
     Core::Guid localGuid;
     std::string propertyPath;
     std::string value;
+
+    friend bool operator==(const PrefabOverride&, const PrefabOverride&) = default;
 };
 
 /// One component that an instance has and its prefab has not, or the reverse.
@@ -57,6 +61,8 @@ struct PrefabComponentChange
 {
     Core::Guid localGuid;
     std::string component;
+
+    friend bool operator==(const PrefabComponentChange&, const PrefabComponentChange&) = default;
 };
 
 /// Stored form of a prefab instance: what an entity frame of a scene file holds of it.

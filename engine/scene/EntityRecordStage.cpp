@@ -1,0 +1,226 @@
+#include "engine/scene/EntityRecordStage.h"
+
+#include "engine/core/Logger.h"
+#include "engine/reflection/ReflectionRegistry.h"
+#include "engine/scene/PluginRecords.h"
+#include "engine/scene/Registry.h"
+
+#include <algorithm>
+#include <atomic>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace Vornu::Scene
+{
+namespace
+{
+
+/// A component that the engine had once. Its records are dropped, with one warning for each process.
+struct RemovedComponent
+{
+    std::string_view name;
+    std::string_view replacement;
+    std::atomic<bool> reported = false;
+};
+
+bool DropRemovedComponent(std::string_view name)
+{
+    static RemovedComponent removed[] = {
+        {"WeaponComponent", "a game script (see the Weapon script of the project templates)"},
+        {"PickupComponent", "a game script (see the Pickup script of the Battle Yard template)"},
+        {"DamageComponent", "a game script (see the DamageZone script of the Battle Yard template)"},
+    };
+    for (RemovedComponent& component : removed)
+    {
+        if (component.name != name)
+        {
+            continue;
+        }
+        if (!component.reported.exchange(true))
+        {
+            Core::LogWarning(
+                std::string(name) +
+                " is no longer an engine component (D-01); its data is skipped. Game rules belong to " +
+                std::string(component.replacement) + ".");
+        }
+        return true;
+    }
+    return false;
+}
+
+} // namespace
+
+void EntityRecordStage::Load(Reflection::SchemaRecord& record, std::uint64_t encodedBytes)
+{
+    const ComponentRecordTable::Row* const row = table_->Find(record.name);
+    if (row == nullptr)
+    {
+        if (!DropRemovedComponent(record.name) && !KeepUnknown(record))
+        {
+            throw std::runtime_error("Unsupported component schema: " + std::string(record.name));
+        }
+        return;
+    }
+    ActiveComponent& component = row->index == 0 ? Begin(*row, record) : Continue(*row, record);
+    component.entry->loadRecord(*component.state, record, encodedBytes, *context_);
+}
+
+/// Keeps a record of a plugin that isn't loaded; false when the name can't be one's.
+bool EntityRecordStage::KeepUnknown(const Reflection::SchemaRecord& record)
+{
+    if (!IsPluginRecordName(record.name))
+    {
+        return false;
+    }
+    ReportUnloadedPluginComponent(std::string(record.name));
+    if (!preserved_)
+    {
+        preserved_ = std::make_shared<PreservedRecordSet>();
+    }
+    preserved_->Add(record);
+    return true;
+}
+
+EntityRecordStage::ActiveComponent& EntityRecordStage::Begin(const ComponentRecordTable::Row& row,
+                                                             Reflection::SchemaRecord& record)
+{
+    const ComponentTypeEntry& entry = *row.entry;
+    if (FindActive(entry) != nullptr)
+    {
+        throw std::runtime_error("Duplicate component schema: " + std::string(record.name));
+    }
+    if (row.alias != nullptr)
+    {
+        row.alias->rewrite(record);
+    }
+    const Reflection::TypeInfo* const type = Reflection::ReflectionRegistry::Instance().FindType(record.name);
+    if (type != nullptr && record.version > 0 && record.version < type->version && entry.migrate)
+    {
+        entry.migrate(record, record.version);
+        record.version = type->version;
+    }
+    ActiveComponent& component = active_.emplace_back();
+    component.entry = &entry;
+    component.state = entry.makeLoadState();
+    return component;
+}
+
+EntityRecordStage::ActiveComponent& EntityRecordStage::Continue(const ComponentRecordTable::Row& row,
+                                                                const Reflection::SchemaRecord& record)
+{
+    const ComponentTypeEntry& entry = *row.entry;
+    ActiveComponent* const component = FindActive(entry);
+    if (component == nullptr)
+    {
+        throw std::runtime_error(std::string(record.name) + " requires its " + entry.records.front().name +
+                                 " record first.");
+    }
+    const std::uint64_t bit = std::uint64_t{1} << row.index;
+    if (!entry.records[row.index].repeatable && (component->seenSecondaries & bit) != 0)
+    {
+        throw std::runtime_error("Duplicate component schema: " + std::string(record.name));
+    }
+    component->seenSecondaries |= bit;
+    return *component;
+}
+
+EntityRecordStage::ActiveComponent* EntityRecordStage::FindActive(const ComponentTypeEntry& entry) noexcept
+{
+    const auto found = std::find_if(active_.begin(), active_.end(),
+                                    [&](const ActiveComponent& active) { return active.entry == &entry; });
+    return found == active_.end() ? nullptr : &*found;
+}
+
+bool EntityRecordStage::Contains(const ComponentTypeEntry& entry) const noexcept
+{
+    return std::any_of(active_.begin(), active_.end(),
+                       [&](const ActiveComponent& active) { return active.entry == &entry; });
+}
+
+void EntityRecordStage::Finish(bool requireFrame)
+{
+    for (ActiveComponent& component : active_)
+    {
+        component.entry->finishLoad(*component.state, *context_);
+    }
+    if (!requireFrame)
+    {
+        return;
+    }
+    for (const ComponentTypeEntry* const entry : table_->SaveOrder())
+    {
+        if (HasFlag(entry->flags, ComponentFlags::EntityFrame) && !Contains(*entry))
+        {
+            throw std::runtime_error("Entity is missing its " + entry->records.front().name + " record.");
+        }
+    }
+}
+
+void EntityRecordStage::Commit(Registry& registry, Entity entity, Filter filter)
+{
+    if (preserved_)
+    {
+        registry.SetPreservedRecords(entity, std::move(preserved_));
+        preserved_.reset();
+    }
+    for (ActiveComponent& component : active_)
+    {
+        if (!component.committed && filter(*component.entry))
+        {
+            component.entry->commitLoad(*component.state, registry, entity);
+            component.committed = true;
+        }
+    }
+}
+
+void EntityRecordStage::Commit(Registry& registry, Entity entity)
+{
+    Commit(registry, entity, [](const ComponentTypeEntry&) { return true; });
+}
+
+void ResolveEntity(const ComponentRecordTable& table, Registry& registry, Entity entity)
+{
+    for (const ComponentTypeEntry* const entry : table.SaveOrder())
+    {
+        for (const auto& hook : entry->resolveHooks)
+        {
+            if (void* const component = entry->get(registry, entity))
+            {
+                hook(component, registry, entity);
+            }
+        }
+    }
+}
+
+void SaveEntity(const ComponentRecordTable& table, const ComponentSaveContext& context,
+                ComponentTypeEntry::RecordList& out)
+{
+    for (const ComponentTypeEntry* const entry : table.SaveOrder())
+    {
+        const void* const component = entry->getConst(*context.registry, context.entity);
+        if (component == nullptr)
+        {
+            continue;
+        }
+        try
+        {
+            entry->saver(component, context, out);
+        }
+        catch (const std::bad_alloc&)
+        {
+            throw;
+        }
+        catch (const std::exception& fault)
+        {
+            throw std::runtime_error(entry->typeName + ": " + fault.what());
+        }
+    }
+    if (const auto preserved = context.registry->PreservedRecords(context.entity))
+    {
+        out.insert(out.end(), preserved->Records().begin(), preserved->Records().end());
+    }
+}
+
+} // namespace Vornu::Scene

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "engine/core/Guid.h"
+#include "engine/core/LineReader.h"
+#include "engine/reflection/SchemaRecord.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Vornu::Scene
+{
+
+inline constexpr std::uint32_t kSceneFormatVersion = 6;
+
+struct StagedRecord
+{
+    Reflection::SchemaRecord record;
+    std::uint64_t encodedBytes = 0; // in the file, line ends included; all ones when the source can't tell
+    std::uint32_t line = 0;         // of the header; 0 in a cooked scene
+};
+
+struct StagedEntity
+{
+    Core::Guid guid; // never null
+    std::string name;
+    Core::Guid parentGuid;  // null for none
+    bool hasParent = false; // a `parent` line was seen
+    std::uint32_t line = 0; // of the `entity` line; 0 in a cooked scene
+    std::vector<StagedRecord> records;
+};
+
+/// What a scene file holds before any of it has become a component. Records are views into `bytes` and
+/// `arena`.
+struct SceneStage
+{
+    std::uint32_t version = 0; // 0 before the header was read
+    std::optional<Reflection::SchemaRecord> environment;
+    std::vector<StagedEntity> entities;
+
+    std::string bytes;
+    Reflection::SchemaArena arena;
+};
+
+/// Parses scene text of the current format. `path` is for messages alone. With `keepLines` the lines of the
+/// source outlive the stage's records. On false `error` tells why, and the stage is partly filled.
+bool ParseSceneText(Core::LineReader& source, bool keepLines, SceneStage& stage,
+                    const std::filesystem::path& path, std::string& error);
+
+} // namespace Vornu::Scene

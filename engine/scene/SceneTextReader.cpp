@@ -1,0 +1,267 @@
+#include "engine/core/TokenReader.h"
+#include "engine/reflection/SchemaRecordText.h"
+#include "engine/reflection/SchemaText.h"
+#include "engine/scene/SceneStage.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string_view>
+
+namespace Vornu::Scene
+{
+namespace
+{
+
+/// A failure whose text goes to the caller without the line.
+class WholeFileFault : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+constexpr std::string_view kRecordOnlyWords[] = {
+    "property", "object_property", "array_property", "end_component_schema",
+    "value",    "object",          "array",          "end_array"};
+
+std::string QuotePath(const std::filesystem::path& path)
+{
+    return "\"" + (path.empty() ? std::string("<scene file>") : path.native()) + "\"";
+}
+
+const std::string kConvertHint = "with the offline tool: vornu-upgrade --content <ProjectContentFolder> ";
+
+class SceneTextReader
+{
+public:
+    SceneTextReader(Core::LineReader& source, bool keepLines, SceneStage& stage,
+                    const std::filesystem::path& path)
+        : source_(source), keepLines_(keepLines), stage_(stage), path_(path)
+    {
+    }
+
+    std::uint64_t LineNumber() const noexcept { return lineNumber_; }
+
+    void Read()
+    {
+        for (;;)
+        {
+            lineStart_ = source_.Position();
+            std::string_view line;
+            if (!source_.ReadLine(line))
+            {
+                break;
+            }
+            ++lineNumber_;
+            if (!line.empty() && line.front() != '#')
+            {
+                ReadLine(line);
+            }
+        }
+        if (stage_.version == 0)
+        {
+            throw WholeFileFault("Scene file is missing a valid header.");
+        }
+        if (source_.Failed() || inEntity_)
+        {
+            throw WholeFileFault("Scene read failed or entity terminator is missing.");
+        }
+    }
+
+private:
+    void ReadLine(std::string_view line)
+    {
+        Core::TokenReader tokens(line);
+        const std::string_view word = tokens.ReadWord();
+        if (word.empty())
+        {
+            return;
+        }
+        if (word == "scene_version")
+        {
+            return ReadHeader(tokens);
+        }
+        if (stage_.version == 0)
+        {
+            throw std::runtime_error("Scene records require a version header.");
+        }
+        if (word == Reflection::kRecordWord)
+        {
+            return ReadRecord(line, word);
+        }
+        if (word == "entity")
+        {
+            return ReadEntity(tokens);
+        }
+        if (word == "parent")
+        {
+            return ReadParent(tokens);
+        }
+        if (word == "end_entity")
+        {
+            return EndEntity();
+        }
+        if (std::find(std::begin(kRecordOnlyWords), std::end(kRecordOnlyWords), word) !=
+            std::end(kRecordOnlyWords))
+        {
+            throw std::runtime_error("Schema property or terminator outside a schema record.");
+        }
+        throw std::runtime_error("Unsupported scene record '" + std::string(word) +
+                                 "'. Positional records are a legacy format; convert the file " +
+                                 kConvertHint + QuotePath(path_));
+    }
+
+    void ReadHeader(Core::TokenReader& tokens)
+    {
+        if (stage_.version != 0 || !stage_.entities.empty())
+        {
+            throw std::runtime_error("Duplicate or misplaced scene header.");
+        }
+        std::uint32_t version = 0;
+        if (!tokens.Read(version))
+        {
+            throw std::runtime_error("Malformed scene version.");
+        }
+        if (!tokens.Rest().empty())
+        {
+            throw std::runtime_error("Trailing scene version data.");
+        }
+        if (version >= 1 && version < kSceneFormatVersion)
+        {
+            throw WholeFileFault("Scene format version " + std::to_string(version) +
+                                 " is a legacy format the engine no longer reads. Convert it to version 6 " +
+                                 kConvertHint + QuotePath(path_));
+        }
+        if (version != kSceneFormatVersion)
+        {
+            throw WholeFileFault("Unsupported scene format version.");
+        }
+        stage_.version = version;
+    }
+
+    void ReadRecord(std::string_view line, std::string_view word)
+    {
+        if (line.size() > Reflection::kMaxLineSize)
+        {
+            throw std::runtime_error("Schema header exceeds the record limit.");
+        }
+        const auto headerLine = static_cast<std::uint32_t>(lineNumber_);
+        const std::uint64_t start = lineStart_;
+        const auto wordEnd = static_cast<std::size_t>(word.data() + word.size() - line.data());
+        Reflection::SchemaRecord record = Reflection::ReadSchemaRecord(line.substr(wordEnd), source_,
+                                                                       lineNumber_, stage_.arena, keepLines_);
+        if (record.name == "EnvironmentSettings")
+        {
+            if (inEntity_)
+            {
+                throw std::runtime_error("Environment schema must be outside entities.");
+            }
+            if (stage_.environment)
+            {
+                throw std::runtime_error("Duplicate or mixed environment records.");
+            }
+            stage_.environment = record;
+            return;
+        }
+        if (!inEntity_)
+        {
+            throw std::runtime_error("Component schema requires an entity.");
+        }
+        stage_.entities.back().records.push_back({record, source_.Position() - start, headerLine});
+    }
+
+    void ReadEntity(Core::TokenReader& tokens)
+    {
+        if (inEntity_)
+        {
+            throw std::runtime_error("Missing entity terminator.");
+        }
+        StagedEntity entity;
+        if (!tokens.Read(guidText_).Read(entity.name))
+        {
+            throw std::runtime_error("Malformed entity header.");
+        }
+        const std::optional<Core::Guid> guid = Core::Guid::TryParse(guidText_);
+        if (!guid || !guid->IsValid())
+        {
+            throw std::runtime_error("Malformed or null entity GUID.");
+        }
+        if (!tokens.Rest().empty())
+        {
+            throw std::runtime_error("Trailing entity header data.");
+        }
+        entity.guid = *guid;
+        entity.line = static_cast<std::uint32_t>(lineNumber_);
+        stage_.entities.push_back(std::move(entity));
+        inEntity_ = true;
+    }
+
+    void ReadParent(Core::TokenReader& tokens)
+    {
+        if (!inEntity_)
+        {
+            throw std::runtime_error("Parent record outside an entity.");
+        }
+        StagedEntity& entity = stage_.entities.back();
+        if (entity.hasParent)
+        {
+            throw std::runtime_error("Duplicate parent record.");
+        }
+        entity.hasParent = true;
+        const bool present = static_cast<bool>(tokens.Read(guidText_));
+        if (present && !guidText_.empty())
+        {
+            entity.parentGuid = Core::Guid::TryParse(guidText_).value_or(Core::Guid());
+        }
+        if (!present || (!guidText_.empty() && !entity.parentGuid.IsValid()))
+        {
+            throw std::runtime_error("Malformed parent GUID.");
+        }
+        if (!tokens.Rest().empty())
+        {
+            throw std::runtime_error("Trailing parent data.");
+        }
+    }
+
+    void EndEntity()
+    {
+        if (!inEntity_)
+        {
+            throw std::runtime_error("Entity terminator outside an entity.");
+        }
+        inEntity_ = false;
+    }
+
+    Core::LineReader& source_;
+    bool keepLines_;
+    SceneStage& stage_;
+    const std::filesystem::path& path_;
+    std::string guidText_;
+    std::uint64_t lineNumber_ = 0;
+    std::uint64_t lineStart_ = 0;
+    bool inEntity_ = false;
+};
+
+} // namespace
+
+bool ParseSceneText(Core::LineReader& source, bool keepLines, SceneStage& stage,
+                    const std::filesystem::path& path, std::string& error)
+{
+    SceneTextReader reader(source, keepLines, stage, path);
+    try
+    {
+        reader.Read();
+        return true;
+    }
+    catch (const WholeFileFault& fault)
+    {
+        error = fault.what();
+    }
+    catch (const std::exception& fault)
+    {
+        error =
+            "Failed to parse scene file at line " + std::to_string(reader.LineNumber()) + ": " + fault.what();
+    }
+    return false;
+}
+
+} // namespace Vornu::Scene

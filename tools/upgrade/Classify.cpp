@@ -1,0 +1,90 @@
+#include "tools/upgrade/Classify.h"
+
+#include "engine/core/InputFile.h"
+#include "engine/core/LineReader.h"
+#include "engine/core/TokenReader.h"
+#include "engine/scene/SceneStage.h"
+#include "engine/scene/SceneVersionProbe.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <string_view>
+
+namespace Vornu::Upgrade
+{
+namespace
+{
+
+constexpr std::string_view kOpeningWords[] = {"component_schema", "object_property", "object",
+                                              "array_property", "array"};
+constexpr std::string_view kClosingWords[] = {"end_component_schema", "end_array"};
+constexpr std::string_view kFrameWords[] = {"scene_version", "entity", "parent", "end_entity"};
+
+template<std::size_t Count>
+bool IsOneOf(std::string_view word, const std::string_view (&words)[Count])
+{
+    return std::find(std::begin(words), std::end(words), word) != std::end(words);
+}
+
+/// Finds the first line outside schema blocks that the current format doesn't know. The source stands behind
+/// the header; what precedes that holds comments alone.
+std::optional<std::string> FindPositionalRecord(Core::LineReader& source, std::uint64_t lineNumber)
+{
+    std::uint64_t depth = 0;
+    std::string_view line;
+    while (source.ReadLine(line))
+    {
+        ++lineNumber;
+        if (line.empty() || line.front() == '#')
+        {
+            continue;
+        }
+        const std::string_view word = Core::TokenReader(line).ReadWord();
+        if (word.empty())
+        {
+            continue;
+        }
+        if (IsOneOf(word, kOpeningWords))
+        {
+            ++depth;
+        }
+        else if (IsOneOf(word, kClosingWords))
+        {
+            depth -= depth > 0 ? 1 : 0;
+        }
+        else if (depth == 0 && !IsOneOf(word, kFrameWords))
+        {
+            return "positional record '" + std::string(word) + "' at line " + std::to_string(lineNumber);
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::string> ClassifyFile(const std::filesystem::path& path)
+{
+    Core::InputFile file(path);
+    if (!file.IsOpen())
+    {
+        return std::nullopt;
+    }
+    Core::LineReader source(file);
+    std::uint64_t lineNumber = 0;
+    const Scene::SceneVersionProbe probe = Scene::ProbeSceneVersion(source, lineNumber);
+    if (!probe.found)
+    {
+        return std::nullopt;
+    }
+    if (probe.version >= 1 && probe.version < Scene::kSceneFormatVersion)
+    {
+        return "scene format version " + std::to_string(probe.version);
+    }
+    if (probe.version != Scene::kSceneFormatVersion)
+    {
+        return std::nullopt;
+    }
+    return FindPositionalRecord(source, lineNumber);
+}
+
+} // namespace Vornu::Upgrade

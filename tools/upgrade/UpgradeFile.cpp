@@ -1,0 +1,151 @@
+#include "tools/upgrade/UpgradeFile.h"
+
+#include "engine/core/Backup.h"
+#include "engine/core/FileStamp.h"
+#include "engine/scene/Scene.h"
+#include "engine/scene/SceneFile.h"
+#include "engine/scene/SceneStage.h"
+#include "engine/scene/SceneVersionProbe.h"
+#include "engine/scene/legacy/LegacyReader.h"
+#include "tools/upgrade/Classify.h"
+
+#include <optional>
+#include <system_error>
+
+namespace Vornu::Upgrade
+{
+namespace
+{
+
+/// Whether a name is taken, if only by a dangling link. Where the system can't tell, the copy will.
+bool IsTaken(const std::filesystem::path& path)
+{
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::symlink_status(path, error);
+    return !error && std::filesystem::exists(status);
+}
+
+/// The first free name of `<input>.legacy-v<version>`, `...-2`, `...-3` and so on.
+std::filesystem::path FreeBackupPath(const std::filesystem::path& input)
+{
+    std::filesystem::path first = input;
+    first += ".legacy-v" + std::to_string(Scene::ProbeSceneVersion(input).version);
+    std::filesystem::path candidate = first;
+    for (std::uint64_t number = 2; IsTaken(candidate); ++number)
+    {
+        candidate = first;
+        candidate += "-" + std::to_string(number);
+    }
+    return candidate;
+}
+
+class FileUpgrade
+{
+public:
+    FileUpgrade(const std::filesystem::path& input, Assets::AssetManager& assets,
+                const UpgradeOptions& options)
+        : input_(input), assets_(assets), options_(options)
+    {
+        result_.outputPath = options.outputPath.empty() ? input : options.outputPath;
+    }
+
+    UpgradeResult Run()
+    {
+        stamp_ = Platform::ReadFileStamp(input_);
+        const std::optional<std::string> reason = ClassifyFile(input_);
+        if (!reason)
+        {
+            ReportNotLegacy();
+        }
+        else if (Convert())
+        {
+            result_.status = UpgradeStatus::Converted;
+            result_.message = "converted from " + *reason;
+        }
+        return std::move(result_);
+    }
+
+private:
+    void ReportNotLegacy()
+    {
+        const Scene::SceneVersionProbe probe = Scene::ProbeSceneVersion(input_);
+        if (probe.found && probe.version == Scene::kSceneFormatVersion)
+        {
+            result_.status = UpgradeStatus::Current;
+            result_.message = "already in the current format";
+        }
+        else
+        {
+            result_.message = "not a scene file (missing or unsupported scene_version header)";
+        }
+    }
+
+    bool Convert()
+    {
+        Scene::Scene scene;
+        std::string error;
+        if (!Scene::Legacy::Load(input_, scene, assets_, &error))
+        {
+            return Fail("legacy read failed: " + error);
+        }
+        if (!RequireUnchangedInput() || !KeepBackup() || !RequireUnchangedInput())
+        {
+            return false;
+        }
+        if (!Scene::SaveScene(result_.outputPath, scene, assets_, &error))
+        {
+            return Fail(error);
+        }
+        Scene::Scene proof;
+        if (!Scene::LoadScene(result_.outputPath, proof, assets_, &error))
+        {
+            return Fail("converted file does not load: " + error);
+        }
+        return true;
+    }
+
+    bool KeepBackup()
+    {
+        if (!options_.outputPath.empty() || !options_.keepBackup)
+        {
+            return true;
+        }
+        const std::filesystem::path backup = FreeBackupPath(input_);
+        const Platform::FileResult copied = Platform::CopyFileExclusive(input_, backup);
+        if (!copied.Succeeded())
+        {
+            return Fail("could not write backup " + backup.native() + ": " + copied.message);
+        }
+        result_.backupPath = backup;
+        return true;
+    }
+
+    /// What was read is what is going to be replaced.
+    bool RequireUnchangedInput()
+    {
+        return Platform::ReadFileStamp(input_) == stamp_ ||
+               Fail("the file changed on disk while it was being converted");
+    }
+
+    bool Fail(std::string message)
+    {
+        result_.message = std::move(message);
+        return false;
+    }
+
+    const std::filesystem::path& input_;
+    Assets::AssetManager& assets_;
+    const UpgradeOptions& options_;
+    std::optional<Platform::FileStamp> stamp_;
+    UpgradeResult result_;
+};
+
+} // namespace
+
+UpgradeResult UpgradeFile(const std::filesystem::path& input, Assets::AssetManager& assets,
+                          const UpgradeOptions& options)
+{
+    return FileUpgrade(input, assets, options).Run();
+}
+
+} // namespace Vornu::Upgrade
