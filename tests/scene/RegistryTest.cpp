@@ -323,6 +323,13 @@ TEST(Registry, GuidIndexFollowsTheComponents)
     registry.Add<EntityGuidComponent>(first, {kGuidA});
     registry.Add<EntityGuidComponent>(second, {kGuidA});
     EXPECT_EQ(registry.FindEntityByGuid(kGuidA), first);
+    // A pair that was taken out goes behind the others when it comes back.
+    registry.Add<EntityGuidComponent>(first, {kGuidB});
+    registry.Add<EntityGuidComponent>(first, {kGuidA});
+    EXPECT_EQ(registry.FindEntityByGuid(kGuidA), second);
+    registry.Remove<EntityGuidComponent>(second);
+    registry.Add<EntityGuidComponent>(second, {kGuidA});
+    EXPECT_EQ(registry.FindEntityByGuid(kGuidA), first);
     registry.DestroyEntity(first);
     EXPECT_EQ(registry.FindEntityByGuid(kGuidA), second);
     registry.Add<EntityGuidComponent>(second, {kGuidB});
@@ -422,8 +429,8 @@ TEST(Registry, MovingTakesEverythingAlong)
     CreateMany(target, 9);
     target = std::move(source);
     EXPECT_EQ(target.FindEntityByGuid(kGuidA), 2u);
-    EXPECT_EQ(&target.Defer(), &buffer);
     const Entity another = buffer.CreateEntity();
+    EXPECT_EQ(&target.Defer(), &buffer);
     target.FlushCommands();
     EXPECT_EQ(target.AliveEntities(), (std::vector<Entity>{1, 2, reserved, another}));
     EXPECT_EQ(source.Revision(), 1u);

@@ -297,6 +297,9 @@ TEST(Scene, ChangeSetsListTheTopMost)
     scene.MarkStateChanged(e[0]);
     scene.MarkStateChanged(900);
     scene.MarkStateChanged(e[0]);
+    scene.MarkStateChanged(e[4]);
+    EXPECT_EQ(scene.StateChangesSince(state).entities, (std::vector<Entity>{e[0], 900, e[4]}));
+    scene.DestroyEntity(e[4]);
     EXPECT_EQ(scene.StateChangesSince(state).entities, (std::vector<Entity>{e[0], 900}));
     scene.MarkEverythingChanged();
     EXPECT_TRUE(scene.StateChangesSince(state).fullRebuild);
@@ -304,7 +307,7 @@ TEST(Scene, ChangeSetsListTheTopMost)
     EXPECT_TRUE(scene.TransformChangesSince(revision).fullRebuild);
 }
 
-TEST(Scene, DirtyListFollowsAReusedIndex)
+TEST(Scene, ReusedIndexInheritsNothing)
 {
     Scene scene;
     std::vector<Entity> entities;
@@ -313,15 +316,25 @@ TEST(Scene, DirtyListFollowsAReusedIndex)
         entities.push_back(scene.CreateEntity("e"));
     }
     scene.TakeDirtyTransformRoots();
-    scene.MarkTransformChanged(entities[0]);
+    const Entity former = entities[0];
+    scene.Get<TransformComponent>(former).transform.position.x = 5.0f;
+    scene.MarkTransformChanged(former);
+    scene.UpdateWorldTransforms();
     for (const Entity entity : entities)
     {
         scene.DestroyEntity(entity);
     }
-    const Entity again = scene.CreateEntity("again");
+    // Made past the scene, so that nothing but the handle tells the two apart.
+    const Entity again = scene.GetRegistry().CreateEntity();
     ASSERT_EQ(again, Registry::MakeHandle(1, 1));
+    scene.Add<TransformComponent>(again);
+    EXPECT_EQ(scene.GetWorldMatrix(again), glm::mat4(1.0f));
     scene.MarkTransformChanged(again);
-    EXPECT_EQ(scene.TakeDirtyTransformRoots().entities, (std::vector<Entity>{again}));
+    scene.GetRegistry().DestroyEntity(again);
+    ASSERT_TRUE(scene.GetRegistry().RestoreEntity(former, 0));
+    scene.Add<TransformComponent>(former);
+    scene.MarkTransformChanged(former);
+    EXPECT_EQ(scene.TakeDirtyTransformRoots().entities, (std::vector<Entity>{former}));
 }
 
 TEST(Scene, CyclesOfParentsEndEveryWalk)
