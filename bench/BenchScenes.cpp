@@ -1,0 +1,200 @@
+#include "bench/BenchScenes.h"
+
+#include "engine/assets/AssetManager.h"
+#include "engine/core/Guid.h"
+#include "engine/core/Logger.h"
+#include "engine/scene/Scene.h"
+#include "engine/scene/SceneFile.h"
+#include "engine/scene/legacy/LegacyReader.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <random>
+#include <stdexcept>
+
+namespace Vornu::Bench
+{
+namespace
+{
+
+/// The numbers of one entity: what an author's tool would write, few decimals for places and angles.
+struct EntityValues
+{
+    std::string guid;
+    std::string parent; // empty for the root
+    std::string name;
+    float position[3];
+    float rotation[3];
+    float scale;
+    bool hasLight;
+    float color[3];
+    float intensity;
+    float range;
+};
+
+template<class Visit>
+void ForEachEntity(std::size_t count, Shape shape, Visit visit)
+{
+    std::mt19937_64 random(count);
+    const auto number = [&random](float limit)
+    { return limit * static_cast<float>(random() % 20001) / 10000.0f - limit; };
+    std::string root;
+    std::string previous;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        EntityValues entity;
+        entity.guid = Core::Guid{random() | 1, random()}.ToString();
+        entity.parent = shape == Shape::Flat ? root : previous;
+        entity.name = "Prop_" + std::to_string(i);
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            entity.position[axis] = number(250.0f);
+            entity.rotation[axis] = number(180.0f);
+            entity.color[axis] = 0.5f + number(0.5f);
+        }
+        entity.scale = random() % 4 == 0 ? 1.5f + number(0.5f) : 1.0f;
+        entity.hasLight = i % 5 == 0;
+        entity.intensity = 18.0f + number(10.0f);
+        entity.range = 10.0f + number(5.0f);
+        visit(entity);
+        root = root.empty() ? entity.guid : root;
+        previous = entity.guid;
+    }
+}
+
+/// Appends printf text; floats come as doubles.
+template<class... Values>
+void AppendFormat(std::string& out, const char* format, Values... values)
+{
+    char buffer[1024];
+    const int size = std::snprintf(buffer, sizeof buffer, format, values...);
+    out.append(buffer, static_cast<std::size_t>(size));
+}
+
+void AppendFloats(std::string& out, std::initializer_list<float> values, const char* separator)
+{
+    const char* between = "";
+    for (const float value : values)
+    {
+        AppendFormat(out, "%s%.9g", between, static_cast<double>(value));
+        between = separator;
+    }
+}
+
+void AppendMember(std::string& out, const char* name, std::initializer_list<float> values)
+{
+    AppendFormat(out, "\"%s\":", name);
+    out += values.size() > 1 ? "[" : "";
+    AppendFloats(out, values, ",");
+    out += values.size() > 1 ? "]" : "";
+}
+
+} // namespace
+
+std::string LegacySceneText(std::size_t entityCount, Shape shape)
+{
+    std::string text = "scene_version 3\nenvironment \"\" 1 1 0 1\n";
+    ForEachEntity(entityCount, shape,
+                  [&text](const EntityValues& e)
+                  {
+                      AppendFormat(text, "entity \"%s\" \"%s\"\n", e.guid.c_str(), e.name.c_str());
+                      if (!e.parent.empty())
+                      {
+                          AppendFormat(text, "parent \"%s\"\n", e.parent.c_str());
+                      }
+                      text += "transform ";
+                      AppendFloats(text,
+                                   {e.position[0], e.position[1], e.position[2], e.rotation[0], e.rotation[1],
+                                    e.rotation[2], e.scale, e.scale, e.scale},
+                                   " ");
+                      text += "\nmesh_renderer \"\" \"\" \"\" 1 1 1 1 0 0 0 1 250\n";
+                      if (e.hasLight)
+                      {
+                          text += "point_light ";
+                          AppendFloats(text, {e.color[0], e.color[1], e.color[2], e.intensity, e.range}, " ");
+                          text += " 1 0 0.0015 0.01 1 0.78 1 512 0.05 0\n";
+                      }
+                      text += "end_entity\n";
+                  });
+    return text;
+}
+
+std::string JsonSceneText(std::size_t entityCount, Shape shape)
+{
+    std::string text = "{\"scene_version\":6,\"entities\":[";
+    ForEachEntity(
+        entityCount, shape,
+        [&text](const EntityValues& e)
+        {
+            text += text.back() == '[' ? "" : ",";
+            AppendFormat(text, "{\"guid\":\"%s\",\"name\":\"%s\",\"parent\":\"%s\",", e.guid.c_str(),
+                         e.name.c_str(), e.parent.c_str());
+            text += "\"TransformComponent\":{\"transform\":{";
+            AppendMember(text, "position", {e.position[0], e.position[1], e.position[2]});
+            text += ",";
+            AppendMember(text, "rotation", {e.rotation[0], e.rotation[1], e.rotation[2]});
+            text += ",";
+            AppendMember(text, "scale", {e.scale, e.scale, e.scale});
+            text += "}},\"MeshRendererComponent\":{\"mesh\":\"\",\"material\":\"builtin:Builtin/"
+                    "DefaultMaterial\","
+                    "\"materialSlots\":[\"builtin:Builtin/"
+                    "DefaultMaterial\"],\"skeleton\":\"\",\"skinningEnabled\":true,"
+                    "\"visible\":true,\"occluder\":true,\"allowOcclusion\":true,\"enableLod\":false,"
+                    "\"forceLodLevel\":false,\"forcedLodLevel\":0,\"lodDistanceScale\":1,\"maxDrawDistance\":"
+                    "250}";
+            if (e.hasLight)
+            {
+                text += ",\"PointLightComponent\":{";
+                AppendMember(text, "color", {e.color[0], e.color[1], e.color[2]});
+                text += ",";
+                AppendMember(text, "intensity", {e.intensity});
+                text += ",";
+                AppendMember(text, "range", {e.range});
+                text +=
+                    ",\"inverseSquareFalloff\":false,\"enabled\":true,\"castsShadows\":false,"
+                    "\"shadowBias\":0.00150000001,\"shadowNormalBias\":0.00999999978,\"shadowSlopeBias\":1,"
+                    "\"shadowStrength\":0.779999971,\"shadowPcfRadius\":1,\"shadowResolution\":512,"
+                    "\"shadowNearPlane\":0.0500000007,\"shadowFarPlane\":0}";
+            }
+            text += "}";
+        });
+    return text + "]}";
+}
+
+ScratchFolder::ScratchFolder()
+    : path_(std::filesystem::temp_directory_path() / ("vornu-bench-" + Core::Guid::Generate().ToString()))
+{
+    std::filesystem::create_directories(path_);
+    setenv("VORNU_USER_SETTINGS_DIR", (path_ / "user").c_str(), 1);
+    Core::GetLogger().SetMinimumLevelForAll(Core::LogLevel::Warning);
+}
+
+ScratchFolder::~ScratchFolder()
+{
+    std::error_code ignored; // what stays behind in the temporary folder is the system's to remove
+    std::filesystem::remove_all(path_, ignored);
+}
+
+void WriteText(const std::filesystem::path& path, const std::string& text)
+{
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::filesystem::path MakeCurrentScene(const ScratchFolder& folder, std::size_t entityCount, Shape shape)
+{
+    const std::filesystem::path path = folder.File("current.vscene");
+    WriteText(path, LegacySceneText(entityCount, shape));
+    Assets::AssetManager assets;
+    assets.Initialize(folder.File("Content"), Assets::AssetMountMode::Authoring);
+    Scene::Scene scene;
+    std::string error;
+    if (!Scene::Legacy::Load(path, scene, assets, &error) || !Scene::SaveScene(path, scene, assets, &error))
+    {
+        throw std::runtime_error(error);
+    }
+    return path;
+}
+
+} // namespace Vornu::Bench

@@ -1,0 +1,157 @@
+#include "bench/BenchScenes.h"
+#include "engine/assets/AssetManager.h"
+#include "engine/scene/Scene.h"
+#include "engine/scene/SceneFile.h"
+#include "engine/scene/legacy/LegacyReader.h"
+#include "tools/upgrade/Classify.h"
+#include "tools/upgrade/VerifyRoundTrip.h"
+
+#include <benchmark/benchmark.h>
+
+#include <memory>
+#include <string>
+
+namespace Vornu::Bench
+{
+namespace
+{
+
+/// The files of one row; kept for the next benchmark of the same row.
+class Fixture
+{
+public:
+    Fixture(std::size_t entities, Shape hierarchy) : entityCount(entities), shape(hierarchy)
+    {
+        current = MakeCurrentScene(folder, entityCount, shape);
+        legacy = folder.File("legacy.vscene");
+        WriteText(legacy, LegacySceneText(entityCount, shape));
+        assets.Initialize(folder.File("Content"), Assets::AssetMountMode::Authoring);
+    }
+
+    static Fixture& For(const benchmark::State& state)
+    {
+        static std::unique_ptr<Fixture> fixture;
+        const auto count = static_cast<std::size_t>(state.range(0));
+        const auto hierarchy = static_cast<Shape>(state.range(1));
+        if (!fixture || fixture->entityCount != count || fixture->shape != hierarchy)
+        {
+            fixture.reset();
+            fixture = std::make_unique<Fixture>(count, hierarchy);
+        }
+        return *fixture;
+    }
+
+    ScratchFolder folder;
+    std::size_t entityCount;
+    Shape shape;
+    std::filesystem::path current;
+    std::filesystem::path legacy;
+    Assets::AssetManager assets;
+};
+
+void Report(benchmark::State& state, const std::filesystem::path& file)
+{
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(std::filesystem::file_size(file)));
+}
+
+void Require(benchmark::State& state, bool success, const std::string& error)
+{
+    if (!success)
+    {
+        state.SkipWithError(error.c_str());
+    }
+}
+
+void Classify(benchmark::State& state)
+{
+    Fixture& fixture = Fixture::For(state);
+    for (auto _ : state)
+    {
+        Require(state, !Upgrade::ClassifyFile(fixture.current), "a current file counts as legacy");
+    }
+    Report(state, fixture.current);
+}
+
+void LegacyRead(benchmark::State& state)
+{
+    Fixture& fixture = Fixture::For(state);
+    for (auto _ : state)
+    {
+        Scene::Scene scene;
+        std::string error;
+        Require(state, Scene::Legacy::Load(fixture.legacy, scene, fixture.assets, &error), error);
+    }
+    Report(state, fixture.legacy);
+}
+
+void Save(benchmark::State& state)
+{
+    Fixture& fixture = Fixture::For(state);
+    Scene::Scene scene;
+    std::string error;
+    Require(state, Scene::LoadScene(fixture.current, scene, fixture.assets, &error), error);
+    for (auto _ : state)
+    {
+        Require(state, Scene::SaveScene(fixture.folder.File("saved.vscene"), scene, fixture.assets, &error),
+                error);
+    }
+    Report(state, fixture.current);
+}
+
+void Load(benchmark::State& state)
+{
+    Fixture& fixture = Fixture::For(state);
+    for (auto _ : state)
+    {
+        Scene::Scene scene;
+        std::string error;
+        Require(state, Scene::LoadScene(fixture.current, scene, fixture.assets, &error), error);
+    }
+    Report(state, fixture.current);
+}
+
+void Verify(benchmark::State& state)
+{
+    Fixture& fixture = Fixture::For(state);
+    for (auto _ : state)
+    {
+        std::string error;
+        Require(state, Upgrade::VerifyRoundTrip(fixture.current, fixture.assets, error), error);
+    }
+    Report(state, fixture.current);
+}
+
+} // namespace
+} // namespace Vornu::Bench
+
+int main(int argc, char** argv)
+{
+    using namespace Vornu::Bench;
+    struct Row
+    {
+        const char* name;
+        void (*run)(benchmark::State&);
+    };
+    const Row rows[] = {{"classify", &Classify},
+                        {"legacy_read", &LegacyRead},
+                        {"save", &Save},
+                        {"load", &Load},
+                        {"verify", &Verify}};
+    for (const Shape shape : {Shape::Flat, Shape::Deep})
+    {
+        for (const long count : {1'000, 10'000, 100'000})
+        {
+            for (const Row& row : rows)
+            {
+                const std::string name = std::string(row.name) + (shape == Shape::Flat ? "/flat" : "/deep");
+                benchmark::RegisterBenchmark(name.c_str(), row.run)
+                    ->Args({count, static_cast<long>(shape)})
+                    ->Unit(benchmark::kMillisecond);
+            }
+        }
+    }
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
