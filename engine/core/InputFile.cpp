@@ -1,7 +1,7 @@
 #include "engine/core/InputFile.h"
 
-#include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <utility>
 
 #include <fcntl.h>
@@ -61,26 +61,23 @@ std::size_t InputFile::Read(char* out, std::size_t size)
     return done;
 }
 
-bool InputFile::ReadAll(std::string& out)
+bool InputFile::ReadAll(FileBytes& out)
 {
     // One byte more than the file's size lets the first read find the end.
+    constexpr std::size_t kUnknownSize = 65536;
     struct stat status = {};
     const bool sized = ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
-    std::size_t room = sized ? static_cast<std::size_t>(status.st_size) + 1 : std::size_t{65536};
-    out.clear();
-    std::size_t used = 0;
-    for (;;)
+    std::size_t capacity = sized ? static_cast<std::size_t>(status.st_size) + 1 : kUnknownSize;
+    out.data = std::make_unique_for_overwrite<char[]>(capacity);
+    out.size = Read(out.data.get(), capacity);
+    while (out.size == capacity && !failed_)
     {
-        out.resize(used + room);
-        const std::size_t count = Read(out.data() + used, room);
-        used += count;
-        if (count < room)
-        {
-            break;
-        }
-        room = std::max<std::size_t>(used / 2, 65536);
+        capacity *= 2;
+        auto larger = std::make_unique_for_overwrite<char[]>(capacity);
+        std::memcpy(larger.get(), out.data.get(), out.size);
+        out.data = std::move(larger);
+        out.size += Read(out.data.get() + out.size, capacity - out.size);
     }
-    out.resize(used);
     return !failed_;
 }
 

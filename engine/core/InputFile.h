@@ -3,10 +3,20 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <string>
+#include <memory>
+#include <string_view>
 
 namespace Vornu::Core
 {
+
+/// The bytes of a file.
+struct FileBytes
+{
+    std::unique_ptr<char[]> data;
+    std::size_t size = 0;
+
+    std::string_view View() const noexcept { return {data.get(), size}; }
+};
 
 /// A file open for reading. Closes itself. A FIFO without a writer reads as empty and never blocks.
 class InputFile
@@ -27,7 +37,7 @@ public:
     std::size_t Read(char* out, std::size_t size);
 
     /// Reads from the present position to the end. False when a read fails.
-    bool ReadAll(std::string& out);
+    bool ReadAll(FileBytes& out);
 
     /// Goes back to the first byte.
     void Rewind();

@@ -27,6 +27,7 @@ namespace Vornu::Scene
 {
 
 class EntityReferenceRemapper;
+class MissingComponentReport;
 class Registry;
 
 enum class ComponentFlags : std::uint32_t
@@ -57,11 +58,14 @@ enum class ComponentCopyKind : std::uint8_t
     Persistent = 1, // an entity copied into a scene that is going to be saved or compared
 };
 
-/// What a record load may ask of its surroundings. Both outlive the load.
+/// What a record load may ask of its surroundings. All outlive the load.
 struct ComponentLoadContext
 {
     const Reflection::SchemaCodecContext* codec = nullptr;
     const Assets::AssetRegistry* assets = nullptr;
+    /// Where names of components that this build doesn't have are noted; without it they are reported at
+    /// once.
+    MissingComponentReport* missing = nullptr;
 };
 
 /// What a component save may ask of its surroundings. All outlive the save.

@@ -1,12 +1,10 @@
 #include "engine/scene/EntityRecordStage.h"
 
-#include "engine/core/Logger.h"
 #include "engine/reflection/ReflectionRegistry.h"
-#include "engine/scene/PluginRecords.h"
+#include "engine/scene/MissingComponents.h"
 #include "engine/scene/Registry.h"
 
 #include <algorithm>
-#include <atomic>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -14,73 +12,44 @@
 
 namespace Vornu::Scene
 {
-namespace
-{
-
-/// A component that the engine had once. Its records are dropped, with one warning for each process.
-struct RemovedComponent
-{
-    std::string_view name;
-    std::string_view replacement;
-    std::atomic<bool> reported = false;
-};
-
-bool DropRemovedComponent(std::string_view name)
-{
-    static RemovedComponent removed[] = {
-        {"WeaponComponent", "a game script (see the Weapon script of the project templates)"},
-        {"PickupComponent", "a game script (see the Pickup script of the Battle Yard template)"},
-        {"DamageComponent", "a game script (see the DamageZone script of the Battle Yard template)"},
-    };
-    for (RemovedComponent& component : removed)
-    {
-        if (component.name != name)
-        {
-            continue;
-        }
-        if (!component.reported.exchange(true))
-        {
-            Core::LogWarning(
-                std::string(name) +
-                " is no longer an engine component (D-01); its data is skipped. Game rules belong to " +
-                std::string(component.replacement) + ".");
-        }
-        return true;
-    }
-    return false;
-}
-
-} // namespace
-
 void EntityRecordStage::Load(Reflection::SchemaRecord& record, std::uint64_t encodedBytes)
 {
     const ComponentRecordTable::Row* const row = table_->Find(record.name);
     if (row == nullptr)
     {
-        if (!DropRemovedComponent(record.name) && !KeepUnknown(record))
-        {
-            throw std::runtime_error("Unsupported component schema: " + std::string(record.name));
-        }
-        return;
+        return TakeUnknown(record);
     }
     ActiveComponent& component = row->index == 0 ? Begin(*row, record) : Continue(*row, record);
     component.entry->loadRecord(*component.state, record, encodedBytes, *context_);
 }
 
-/// Keeps a record of a plugin that isn't loaded; false when the name can't be one's.
-bool EntityRecordStage::KeepUnknown(const Reflection::SchemaRecord& record)
+/// Drops a record of a removed component and keeps one of a plugin that isn't loaded.
+void EntityRecordStage::TakeUnknown(const Reflection::SchemaRecord& record)
 {
-    if (!IsPluginRecordName(record.name))
+    const bool removed = IsRemovedComponent(record.name);
+    if (!removed && !IsPluginRecordName(record.name))
     {
-        return false;
+        throw std::runtime_error("Unsupported component schema: " + std::string(record.name));
     }
-    ReportUnloadedPluginComponent(std::string(record.name));
+    if (context_->missing != nullptr)
+    {
+        context_->missing->Note(record.name);
+    }
+    else
+    {
+        MissingComponentReport report;
+        report.Note(record.name);
+        report.Send();
+    }
+    if (removed)
+    {
+        return;
+    }
     if (!preserved_)
     {
         preserved_ = std::make_shared<PreservedRecordSet>();
     }
     preserved_->Add(record);
-    return true;
 }
 
 EntityRecordStage::ActiveComponent& EntityRecordStage::Begin(const ComponentRecordTable::Row& row,

@@ -53,7 +53,7 @@ private:
         bool committed = false;
     };
 
-    bool KeepUnknown(const Reflection::SchemaRecord& record);
+    void TakeUnknown(const Reflection::SchemaRecord& record);
     ActiveComponent& Begin(const ComponentRecordTable::Row& row, Reflection::SchemaRecord& record);
     ActiveComponent& Continue(const ComponentRecordTable::Row& row, const Reflection::SchemaRecord& record);
     ActiveComponent* FindActive(const ComponentTypeEntry& entry) noexcept;

@@ -9,31 +9,42 @@ namespace Vornu::Scene
 
 void ValidateHierarchy(const ParentMap& parents)
 {
-    // Which walk came past each entity: a walk that meets an earlier one's trail may stop, one that meets its
-    // own trail has gone round.
-    constexpr std::size_t kUnvisited = 0;
-    std::vector<std::size_t> walks(parents.PositionLimit(), kUnvisited);
-    std::size_t walk = kUnvisited;
+    std::vector<std::uint32_t> positions(parents.PositionLimit(), kNoParent);
     for (const auto& [guid, parent] : parents)
     {
-        ++walk;
-        for (Core::Guid current = guid; current.IsValid();)
+        const std::size_t own = parents.PositionOf(guid);
+        const std::size_t above = parent.IsValid() ? parents.PositionOf(parent) : ParentMap::kNoPosition;
+        positions[own] = above != ParentMap::kNoPosition ? static_cast<std::uint32_t>(above)
+                         : parent.IsValid()              ? kMissingParent
+                                                         : kNoParent;
+    }
+    ValidateHierarchy(positions);
+}
+
+void ValidateHierarchy(std::span<const std::uint32_t> parents)
+{
+    // Which walk came past each entity: a walk that meets an earlier one's trail may stop, one that meets its
+    // own trail has gone round.
+    constexpr std::uint32_t kUnvisited = 0;
+    std::vector<std::uint32_t> walks(parents.size(), kUnvisited);
+    for (std::uint32_t start = 0; start < parents.size(); ++start)
+    {
+        const std::uint32_t walk = start + 1;
+        for (std::uint32_t current = start; current != kNoParent; current = parents[current])
         {
-            const std::size_t position = parents.PositionOf(current);
-            if (position == ParentMap::kNoPosition)
+            if (current == kMissingParent)
             {
                 throw std::runtime_error("Scene hierarchy references a missing parent.");
             }
-            if (walks[position] == walk)
+            if (walks[current] == walk)
             {
                 throw std::runtime_error("Scene hierarchy contains a cycle.");
             }
-            if (walks[position] != kUnvisited)
+            if (walks[current] != kUnvisited)
             {
                 break;
             }
-            walks[position] = walk;
-            current = parents.EntryAt(position).second;
+            walks[current] = walk;
         }
     }
 }

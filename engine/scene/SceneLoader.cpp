@@ -5,6 +5,7 @@
 #include "engine/scene/EntityRecordStage.h"
 #include "engine/scene/Environment.h"
 #include "engine/scene/Hierarchy.h"
+#include "engine/scene/MissingComponents.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
 #include "engine/scene/SceneStage.h"
@@ -26,152 +27,180 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// One entity with all its components as plain values.
-struct LoadStage
-{
-    Core::Guid guid;
-    std::string name;
-    Core::Guid parentGuid;
-    EntityRecordStage records;
-};
-
-void ReadStage(const std::filesystem::path& path, SceneStage& stage)
-{
-    Core::InputFile file(path);
-    if (!file.IsOpen())
-    {
-        throw LoadFault("Failed to open scene file for reading.");
-    }
-    const bool complete = file.ReadAll(stage.bytes);
-    Core::LineReader lines(stage.bytes, !complete);
-    std::string error;
-    if (!ParseSceneText(lines, true, stage, path, error))
-    {
-        throw LoadFault(error);
-    }
-}
-
-EnvironmentSettings ApplyEnvironment(const SceneStage& stage, const Reflection::SchemaCodecContext& codec)
-{
-    EnvironmentSettings settings;
-    if (stage.environment)
-    {
-        try
-        {
-            Reflection::ApplyRecord(*stage.environment, Reflection::ViewOf(settings),
-                                    Reflection::ReflectionRegistry::Instance(), codec);
-        }
-        catch (const std::exception& fault)
-        {
-            throw LoadFault(std::string("Failed to load scene environment: ") + fault.what());
-        }
-    }
-    return settings;
-}
-
 /// Where a fault stands: its line in a text scene, the number of its entity in a cooked one.
-LoadFault FaultAt(std::uint32_t line, std::size_t entity, const std::exception& fault)
+std::string FaultAt(std::uint32_t line, std::size_t entity, const std::exception& fault)
 {
     if (line != 0)
     {
-        return LoadFault("Failed to parse scene file at line " + std::to_string(line) + ": " + fault.what());
+        return "Failed to parse scene file at line " + std::to_string(line) + ": " + fault.what();
     }
-    return LoadFault("Failed to load cooked scene entity " + std::to_string(entity) + ": " + fault.what());
+    return "Failed to load cooked scene entity " + std::to_string(entity) + ": " + fault.what();
 }
 
-/// Turns the staged records into component values and gives back their memory as it goes.
-std::vector<LoadStage> StageComponents(SceneStage& stage, const ComponentRecordTable& table,
-                                       const ComponentLoadContext& context)
+/// Makes the new scene beside the target while the file is read, so that no more than one entity is held as
+/// records at a time. The faults of the steps are held back: a fault of the text, wherever it stands, comes
+/// before one of the environment, that before one of an entity's records, that before one of the whole scene.
+class SceneBuilder final : public SceneSink
 {
-    std::vector<LoadStage> loads;
-    loads.reserve(stage.entities.size());
-    for (std::size_t i = 0; i < stage.entities.size(); ++i)
+public:
+    SceneBuilder(const Scene& target, const Assets::AssetRegistry& assets)
+        : codec_(Assets::MakeSceneCodecContext(assets)), context_{&codec_, &assets, &missing_}
     {
-        StagedEntity& entity = stage.entities[i];
-        LoadStage& load = loads.emplace_back(LoadStage{entity.guid, std::move(entity.name), entity.parentGuid,
-                                                       EntityRecordStage(table, context)});
+        scene_.InheritGenerations(target);
+    }
+
+    Reflection::SchemaArena& Arena() override { return arena_; }
+
+    void TakeEnvironment(Reflection::SchemaRecord& record) override
+    {
+        try
+        {
+            Reflection::ApplyRecord(record, Reflection::ViewOf(environment_),
+                                    Reflection::ReflectionRegistry::Instance(), codec_);
+        }
+        catch (const std::exception& fault)
+        {
+            environmentFault_ = std::string("Failed to load scene environment: ") + fault.what();
+        }
+        arena_.Reset();
+    }
+
+    void TakeEntity(StagedEntity& entity) override
+    {
+        EntityRecordStage components(table_, context_);
+        if (recordFault_.empty() && StageComponents(entity, components) && sceneFault_.empty())
+        {
+            AddEntity(entity, components);
+        }
+        ++entityCount_;
+        arena_.Reset();
+    }
+
+    /// The finished scene, when everything has been read.
+    Scene Finish()
+    {
+        if (!environmentFault_.empty())
+        {
+            throw LoadFault(environmentFault_);
+        }
+        missing_.Send();
+        if (!recordFault_.empty())
+        {
+            throw LoadFault(recordFault_);
+        }
+        if (!sceneFault_.empty())
+        {
+            throw std::runtime_error(sceneFault_);
+        }
+        LinkParents();
+        scene_.SetEnvironment(std::move(environment_));
+        for (const Entity entity : entities_)
+        {
+            ResolveEntity(table_, scene_, entity);
+        }
+        scene_.MarkLoaded();
+        return std::move(scene_);
+    }
+
+private:
+    bool StageComponents(StagedEntity& entity, EntityRecordStage& components)
+    {
         std::uint32_t line = entity.line;
         try
         {
             for (StagedRecord& staged : entity.records)
             {
                 line = staged.line;
-                load.records.Load(staged.record, staged.encodedBytes);
+                components.Load(staged.record, staged.encodedBytes);
             }
             line = entity.line;
-            load.records.Finish(true);
+            components.Finish(true);
+            return true;
         }
         catch (const std::exception& fault)
         {
-            throw FaultAt(line, i, fault);
+            recordFault_ = FaultAt(line, entityCount_, fault);
+            return false;
         }
-        entity.records = {};
     }
-    return loads;
-}
 
-void CheckHierarchy(const std::vector<LoadStage>& loads)
-{
-    Core::OrderedMap<Core::Guid, Core::Guid, Core::GuidHash> parents;
-    parents.Reserve(loads.size());
-    for (const LoadStage& load : loads)
+    void AddEntity(StagedEntity& staged, EntityRecordStage& components)
     {
-        if (!parents.Emplace(load.guid, load.parentGuid).second)
+        try
         {
-            throw std::runtime_error("Scene contains duplicate entity GUIDs.");
+            if (scene_.FindEntityByGuid(staged.guid) != kNullEntity)
+            {
+                throw std::runtime_error("Scene contains duplicate entity GUIDs.");
+            }
+            const Entity entity = scene_.CreateEntity(std::move(staged.name), staged.guid);
+            components.Commit(scene_, entity);
+            entities_.push_back(entity);
+            parentGuids_.push_back(staged.parentGuid);
+        }
+        catch (const std::exception& fault)
+        {
+            sceneFault_ = fault.what();
         }
     }
-    ValidateHierarchy(parents);
-}
 
-Scene BuildScene(std::vector<LoadStage>& loads, EnvironmentSettings environment,
-                 const ComponentRecordTable& table, const Scene& target)
-{
-    Scene scene;
-    scene.InheritGenerations(target);
-    scene.SetEnvironment(std::move(environment));
-    scene.Reserve(loads.size());
-    std::vector<Entity> handles;
-    handles.reserve(loads.size());
-    for (LoadStage& load : loads)
+    void LinkParents()
     {
-        const Entity entity = scene.CreateEntity(std::move(load.name), load.guid);
-        load.records.Commit(scene, entity);
-        handles.push_back(entity);
-    }
-    for (std::size_t i = 0; i < loads.size(); ++i)
-    {
-        const Entity parent = scene.FindEntityByGuid(loads[i].parentGuid);
-        if (parent != kNullEntity)
+        std::vector<std::uint32_t> positions(scene_.SlotCount());
+        for (std::uint32_t i = 0; i < entities_.size(); ++i)
         {
-            scene.LinkNewChild(handles[i], parent);
+            positions[EntityIndex(entities_[i])] = i;
+        }
+        std::vector<std::uint32_t> parents(entities_.size(), kNoParent);
+        for (std::size_t i = 0; i < entities_.size(); ++i)
+        {
+            if (parentGuids_[i].IsValid())
+            {
+                const Entity parent = scene_.FindEntityByGuid(parentGuids_[i]);
+                parents[i] = parent != kNullEntity ? positions[EntityIndex(parent)] : kMissingParent;
+            }
+        }
+        ValidateHierarchy(parents);
+        for (std::size_t i = 0; i < entities_.size(); ++i)
+        {
+            if (parents[i] != kNoParent)
+            {
+                scene_.LinkNewChild(entities_[i], entities_[parents[i]]);
+            }
         }
     }
-    for (const Entity entity : handles)
-    {
-        ResolveEntity(table, scene, entity);
-    }
-    scene.MarkLoaded();
-    return scene;
-}
+
+    Reflection::SchemaCodecContext codec_;
+    MissingComponentReport missing_;
+    ComponentLoadContext context_;
+    ComponentRecordTable table_;
+    Reflection::SchemaArena arena_; // of the records that are being read
+    EnvironmentSettings environment_;
+    Scene scene_;
+    std::vector<Entity> entities_; // in file order
+    std::vector<Core::Guid> parentGuids_;
+    std::size_t entityCount_ = 0;
+    std::string environmentFault_;
+    std::string recordFault_;
+    std::string sceneFault_;
+};
 
 void Load(const std::filesystem::path& path, Scene& target, Assets::AssetManager& assets)
 {
-    const Assets::AssetRegistry& registry = assets.GetRegistry();
-    const Reflection::SchemaCodecContext codec = Assets::MakeSceneCodecContext(registry);
-    const ComponentLoadContext context{&codec, &registry};
-    const ComponentRecordTable table;
-    EnvironmentSettings environment;
-    std::vector<LoadStage> loads;
+    Core::InputFile file(path);
+    if (!file.IsOpen())
     {
-        SceneStage stage;
-        ReadStage(path, stage);
-        environment = ApplyEnvironment(stage, codec);
-        loads = StageComponents(stage, table, context);
+        throw LoadFault("Failed to open scene file for reading.");
     }
-    CheckHierarchy(loads);
-    Scene scene = BuildScene(loads, std::move(environment), table, target);
-    target = std::move(scene);
+    Core::FileBytes bytes;
+    const bool complete = file.ReadAll(bytes);
+    Core::LineReader lines(bytes.View(), !complete);
+    SceneBuilder builder(target, assets.GetRegistry());
+    std::string error;
+    if (!ReadSceneText(lines, true, builder, path, error))
+    {
+        throw LoadFault(error);
+    }
+    target = builder.Finish();
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/core/Guid.h"
+#include "engine/core/InputFile.h"
 #include "engine/core/LineReader.h"
 #include "engine/reflection/SchemaRecord.h"
 
@@ -40,12 +41,29 @@ struct SceneStage
     std::optional<Reflection::SchemaRecord> environment;
     std::vector<StagedEntity> entities;
 
-    std::string bytes;
+    Core::FileBytes bytes;
     Reflection::SchemaArena arena;
 };
 
-/// Parses scene text of the current format. `path` is for messages alone. With `keepLines` the lines of the
-/// source outlive the stage's records. On false `error` tells why, and the stage is partly filled.
+/// Takes what a scene file holds as it is read, in file order.
+class SceneSink
+{
+public:
+    virtual ~SceneSink() = default;
+
+    /// Where the records are made that come next. The sink may reset it whenever it has been given something.
+    virtual Reflection::SchemaArena& Arena() = 0;
+    virtual void TakeEnvironment(Reflection::SchemaRecord& record) = 0;
+    /// One whole frame. What isn't moved out of it is reused for the next.
+    virtual void TakeEntity(StagedEntity& entity) = 0;
+};
+
+/// Reads scene text of the current format. `path` is for messages alone. With `keepLines` the lines of the
+/// source outlive the records. On false `error` tells why; the sink may have been given what stood before.
+bool ReadSceneText(Core::LineReader& source, bool keepLines, SceneSink& sink,
+                   const std::filesystem::path& path, std::string& error);
+
+/// Reads scene text into a stage. On false the stage is partly filled.
 bool ParseSceneText(Core::LineReader& source, bool keepLines, SceneStage& stage,
                     const std::filesystem::path& path, std::string& error);
 

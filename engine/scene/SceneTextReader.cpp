@@ -33,9 +33,9 @@ const std::string kConvertHint = "with the offline tool: vornu-upgrade --content
 class SceneTextReader
 {
 public:
-    SceneTextReader(Core::LineReader& source, bool keepLines, SceneStage& stage,
+    SceneTextReader(Core::LineReader& source, bool keepLines, SceneSink& sink,
                     const std::filesystem::path& path)
-        : source_(source), keepLines_(keepLines), stage_(stage), path_(path)
+        : source_(source), keepLines_(keepLines), sink_(sink), path_(path)
     {
     }
 
@@ -57,7 +57,7 @@ public:
                 ReadLine(line);
             }
         }
-        if (stage_.version == 0)
+        if (!headerSeen_)
         {
             throw WholeFileFault("Scene file is missing a valid header.");
         }
@@ -80,7 +80,7 @@ private:
         {
             return ReadHeader(tokens);
         }
-        if (stage_.version == 0)
+        if (!headerSeen_)
         {
             throw std::runtime_error("Scene records require a version header.");
         }
@@ -112,7 +112,7 @@ private:
 
     void ReadHeader(Core::TokenReader& tokens)
     {
-        if (stage_.version != 0 || !stage_.entities.empty())
+        if (headerSeen_)
         {
             throw std::runtime_error("Duplicate or misplaced scene header.");
         }
@@ -135,7 +135,7 @@ private:
         {
             throw WholeFileFault("Unsupported scene format version.");
         }
-        stage_.version = version;
+        headerSeen_ = true;
     }
 
     void ReadRecord(std::string_view line, std::string_view word)
@@ -147,26 +147,26 @@ private:
         const auto headerLine = static_cast<std::uint32_t>(lineNumber_);
         const std::uint64_t start = lineStart_;
         const auto wordEnd = static_cast<std::size_t>(word.data() + word.size() - line.data());
-        Reflection::SchemaRecord record = Reflection::ReadSchemaRecord(line.substr(wordEnd), source_,
-                                                                       lineNumber_, stage_.arena, keepLines_);
+        Reflection::SchemaRecord record = Reflection::ReadSchemaRecord(
+            line.substr(wordEnd), source_, lineNumber_, sink_.Arena(), keepLines_);
         if (record.name == "EnvironmentSettings")
         {
             if (inEntity_)
             {
                 throw std::runtime_error("Environment schema must be outside entities.");
             }
-            if (stage_.environment)
+            if (environmentSeen_)
             {
                 throw std::runtime_error("Duplicate or mixed environment records.");
             }
-            stage_.environment = record;
-            return;
+            environmentSeen_ = true;
+            return sink_.TakeEnvironment(record);
         }
         if (!inEntity_)
         {
             throw std::runtime_error("Component schema requires an entity.");
         }
-        stage_.entities.back().records.push_back({record, source_.Position() - start, headerLine});
+        entity_.records.push_back({record, source_.Position() - start, headerLine});
     }
 
     void ReadEntity(Core::TokenReader& tokens)
@@ -175,8 +175,7 @@ private:
         {
             throw std::runtime_error("Missing entity terminator.");
         }
-        StagedEntity entity;
-        if (!tokens.Read(guidText_).Read(entity.name))
+        if (!tokens.Read(guidText_).Read(entity_.name))
         {
             throw std::runtime_error("Malformed entity header.");
         }
@@ -189,9 +188,11 @@ private:
         {
             throw std::runtime_error("Trailing entity header data.");
         }
-        entity.guid = *guid;
-        entity.line = static_cast<std::uint32_t>(lineNumber_);
-        stage_.entities.push_back(std::move(entity));
+        entity_.guid = *guid;
+        entity_.parentGuid = {};
+        entity_.hasParent = false;
+        entity_.line = static_cast<std::uint32_t>(lineNumber_);
+        entity_.records.clear();
         inEntity_ = true;
     }
 
@@ -201,18 +202,17 @@ private:
         {
             throw std::runtime_error("Parent record outside an entity.");
         }
-        StagedEntity& entity = stage_.entities.back();
-        if (entity.hasParent)
+        if (entity_.hasParent)
         {
             throw std::runtime_error("Duplicate parent record.");
         }
-        entity.hasParent = true;
+        entity_.hasParent = true;
         const bool present = static_cast<bool>(tokens.Read(guidText_));
         if (present && !guidText_.empty())
         {
-            entity.parentGuid = Core::Guid::TryParse(guidText_).value_or(Core::Guid());
+            entity_.parentGuid = Core::Guid::TryParse(guidText_).value_or(Core::Guid());
         }
-        if (!present || (!guidText_.empty() && !entity.parentGuid.IsValid()))
+        if (!present || (!guidText_.empty() && !entity_.parentGuid.IsValid()))
         {
             throw std::runtime_error("Malformed parent GUID.");
         }
@@ -229,24 +229,42 @@ private:
             throw std::runtime_error("Entity terminator outside an entity.");
         }
         inEntity_ = false;
+        sink_.TakeEntity(entity_);
     }
 
     Core::LineReader& source_;
     bool keepLines_;
-    SceneStage& stage_;
+    SceneSink& sink_;
     const std::filesystem::path& path_;
+    StagedEntity entity_; // the open frame
     std::string guidText_;
     std::uint64_t lineNumber_ = 0;
     std::uint64_t lineStart_ = 0;
+    bool headerSeen_ = false;
+    bool environmentSeen_ = false;
     bool inEntity_ = false;
+};
+
+/// Keeps everything.
+class StageSink final : public SceneSink
+{
+public:
+    explicit StageSink(SceneStage& stage) : stage_(stage) {}
+
+    Reflection::SchemaArena& Arena() override { return stage_.arena; }
+    void TakeEnvironment(Reflection::SchemaRecord& record) override { stage_.environment = record; }
+    void TakeEntity(StagedEntity& entity) override { stage_.entities.push_back(std::move(entity)); }
+
+private:
+    SceneStage& stage_;
 };
 
 } // namespace
 
-bool ParseSceneText(Core::LineReader& source, bool keepLines, SceneStage& stage,
-                    const std::filesystem::path& path, std::string& error)
+bool ReadSceneText(Core::LineReader& source, bool keepLines, SceneSink& sink,
+                   const std::filesystem::path& path, std::string& error)
 {
-    SceneTextReader reader(source, keepLines, stage, path);
+    SceneTextReader reader(source, keepLines, sink, path);
     try
     {
         reader.Read();
@@ -262,6 +280,15 @@ bool ParseSceneText(Core::LineReader& source, bool keepLines, SceneStage& stage,
             "Failed to parse scene file at line " + std::to_string(reader.LineNumber()) + ": " + fault.what();
     }
     return false;
+}
+
+bool ParseSceneText(Core::LineReader& source, bool keepLines, SceneStage& stage,
+                    const std::filesystem::path& path, std::string& error)
+{
+    StageSink sink(stage);
+    const bool parsed = ReadSceneText(source, keepLines, sink, path, error);
+    stage.version = parsed ? kSceneFormatVersion : 0;
+    return parsed;
 }
 
 } // namespace Vornu::Scene

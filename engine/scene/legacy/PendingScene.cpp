@@ -96,7 +96,6 @@ private:
         {
             slot->Attach(scene_, entity);
         }
-        byGuid_.InsertOrAssign(guid, entity);
         pending.recordStage.Commit(
             scene_, entity, [](const ComponentTypeEntry& entry) { return entry.typeName != kLateComponent; });
         entities_.push_back(entity);
@@ -104,25 +103,16 @@ private:
 
     void LinkParents()
     {
-        for (const PendingEntity& pending : pending_.entities)
+        for (std::size_t i = 0; i < entities_.size(); ++i)
         {
-            if (!pending.parentGuid)
+            // An entity whose identifier is all zero has got another GUID by now and finds no parent.
+            const PendingEntity& pending = pending_.entities[i];
+            const Entity parent = pending.parentGuid && pending.guid.IsValid()
+                                      ? scene_.FindEntityByGuid(*pending.parentGuid)
+                                      : kNullEntity;
+            if (parent != kNullEntity)
             {
-                continue;
-            }
-            const Entity* const child = byGuid_.Find(pending.guid);
-            const Entity* const parent = byGuid_.Find(*pending.parentGuid);
-            if (child == nullptr || parent == nullptr)
-            {
-                continue;
-            }
-            if (scene_.GetParent(*child) == kNullEntity)
-            {
-                scene_.LinkNewChild(*child, *parent);
-            }
-            else
-            {
-                scene_.SetParent(*child, *parent); // two entities of one GUID, which the saver will refuse
+                scene_.LinkNewChild(entities_[i], parent);
             }
         }
     }
@@ -144,7 +134,6 @@ private:
     Assets::AssetManager& assets_;
     Scene scene_;
     std::vector<Entity> entities_; // in file order
-    Core::OrderedMap<Core::Guid, Entity, Core::GuidHash> byGuid_;
 };
 
 } // namespace

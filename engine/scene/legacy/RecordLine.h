@@ -66,11 +66,8 @@ public:
 
 private:
     template<class Field>
-        requires requires(Core::TokenReader& tokens, Field& field) { tokens.Read(field); }
-    void ReadField(Field& field)
-    {
-        tokens_.Read(field);
-    }
+    requires requires(Core::TokenReader& tokens, Field& field) { tokens.Read(field); }
+    void ReadField(Field& field) { tokens_.Read(field); }
     void ReadField(glm::vec3& field) { tokens_.Read(field.x).Read(field.y).Read(field.z); }
     void ReadField(const AssetField& field);
     void ReadField(const GuidField& field);
