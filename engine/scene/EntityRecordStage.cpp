@@ -108,6 +108,12 @@ bool EntityRecordStage::Contains(const ComponentTypeEntry& entry) const noexcept
                        [&](const ActiveComponent& active) { return active.entry == &entry; });
 }
 
+bool EntityRecordStage::HasUncommitted() const noexcept
+{
+    return std::any_of(active_.begin(), active_.end(),
+                       [](const ActiveComponent& active) { return !active.committed; });
+}
+
 void EntityRecordStage::Finish(bool requireFrame)
 {
     for (ActiveComponent& component : active_)

@@ -39,6 +39,9 @@ public:
     /// Whether a record of the component has come.
     bool Contains(const ComponentTypeEntry& entry) const noexcept;
 
+    /// Whether a component has come that no commit has put on its entity yet.
+    bool HasUncommitted() const noexcept;
+
     /// Hands preserved records to the registry and puts the components that the filter lets pass, and that
     /// weren't committed before, on the entity.
     void Commit(Registry& registry, Entity entity, Filter filter);

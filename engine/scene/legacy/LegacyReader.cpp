@@ -9,8 +9,8 @@
 #include "engine/reflection/SchemaRecordText.h"
 #include "engine/scene/Environment.h"
 #include "engine/scene/Scene.h"
-#include "engine/scene/legacy/PendingScene.h"
 #include "engine/scene/legacy/Records.h"
+#include "engine/scene/legacy/SceneAssembly.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -72,12 +72,12 @@ const EnvironmentRecord* FindEnvironmentRecord(std::string_view keyword)
     return nullptr;
 }
 
-/// Reads the lines of a file into a pending scene.
+/// Reads the lines of a file into a scene assembly.
 class LineLoop
 {
 public:
     LineLoop(Core::LineReader& source, Assets::AssetManager& assets, const ComponentRecordTable& table,
-             const ComponentLoadContext& context, PendingScene& scene)
+             const ComponentLoadContext& context, SceneAssembly& scene)
         : source_(source), assets_(assets), table_(table), context_(context), scene_(scene)
     {
     }
@@ -102,9 +102,13 @@ public:
                 previousRecordEnd_ = source_.Position();
             }
         }
+        if (scene_.version < kNamedRecordsVersion)
+        {
+            CloseEntity(); // the last one may lack its end in these versions
+        }
     }
 
-    bool IsInEntity() const noexcept { return inEntity_; }
+    bool IsInEntity() const noexcept { return entity_.has_value(); }
 
 private:
     void Dispatch(std::string_view line, std::string_view keyword, const Core::TokenReader& tokens)
@@ -140,7 +144,7 @@ private:
 
     void ReadHeader(Core::TokenReader tokens)
     {
-        if (scene_.version != 0 || !scene_.entities.empty())
+        if (scene_.version != 0)
         {
             throw std::runtime_error("Duplicate or misplaced scene header.");
         }
@@ -171,7 +175,7 @@ private:
         {
             return;
         }
-        if (inEntity_)
+        if (entity_)
         {
             throw std::runtime_error("Environment records must be outside entities.");
         }
@@ -191,7 +195,7 @@ private:
         {
             return EndEntity();
         }
-        if (!inEntity_)
+        if (!entity_)
         {
             return; // files hold records of entities there that older tools had dropped
         }
@@ -201,7 +205,7 @@ private:
         }
         if (const EntityRecordReader read = FindEntityRecord(keyword))
         {
-            RecordContext record{scene_.version, Current(), assets_};
+            RecordContext record{scene_.version, *entity_, assets_};
             read(line, record);
         }
     }
@@ -209,7 +213,7 @@ private:
     void BeginEntity(RecordLine& line)
     {
         const bool strict = scene_.version == kNamedRecordsVersion;
-        if (strict && inEntity_)
+        if (strict && entity_)
         {
             throw std::runtime_error("Missing entity terminator.");
         }
@@ -228,29 +232,38 @@ private:
         {
             throw std::runtime_error("Trailing entity header data.");
         }
-        PendingEntity& entity = scene_.entities.emplace_back(table_, context_);
-        entity.guid = guid ? *guid : Core::GuidFromName(identifier + name);
-        entity.name = std::move(name);
-        inEntity_ = true;
+        CloseEntity();
+        entity_.emplace(table_, context_);
+        entity_->guid = guid ? *guid : Core::GuidFromName(identifier + name);
+        entity_->name = std::move(name);
+    }
+
+    void CloseEntity()
+    {
+        if (entity_)
+        {
+            scene_.Add(*entity_);
+            entity_.reset();
+        }
     }
 
     void EndEntity()
     {
         const bool strict = scene_.version == kNamedRecordsVersion;
-        if (inEntity_)
+        if (entity_)
         {
-            Current().recordStage.Finish(strict);
+            entity_->recordStage.Finish(strict);
         }
         else if (strict)
         {
             throw std::runtime_error("Entity is missing its Transform schema or opening record.");
         }
-        inEntity_ = false;
+        CloseEntity();
     }
 
     void ReadParent(RecordLine& line)
     {
-        PendingEntity& entity = Current();
+        PendingEntity& entity = *entity_;
         const bool strict = scene_.version == kNamedRecordsVersion;
         if (strict && !entity.AddNamedRecord("parent"))
         {
@@ -291,18 +304,18 @@ private:
         {
             return ApplyEnvironment(record);
         }
-        if (!inEntity_)
+        if (!entity_)
         {
             throw std::runtime_error("Component schema requires an entity.");
         }
-        PendingEntity& entity = Current();
+        PendingEntity& entity = *entity_;
         entity.AddNamedRecord(record.name == "Transform" ? "TransformComponent" : record.name);
         entity.recordStage.Load(record, source_.Position() - previousRecordEnd_);
     }
 
     void ApplyEnvironment(const Reflection::SchemaRecord& record)
     {
-        if (inEntity_)
+        if (entity_)
         {
             throw std::runtime_error("Environment schema must be outside entities.");
         }
@@ -315,17 +328,15 @@ private:
         namedEnvironmentSeen_ = true;
     }
 
-    PendingEntity& Current() noexcept { return scene_.entities.back(); }
-
     Core::LineReader& source_;
     Assets::AssetManager& assets_;
     const ComponentRecordTable& table_;
     const ComponentLoadContext& context_;
-    PendingScene& scene_;
-    Reflection::SchemaArena arena_; // of the schema record at hand
+    SceneAssembly& scene_;
+    Reflection::SchemaArena arena_;       // of the schema record at hand
+    std::optional<PendingEntity> entity_; // the last one opened and not yet ended
     std::uint64_t lineNumber_ = 0;
     std::uint64_t previousRecordEnd_ = 0;
-    bool inEntity_ = false;
     bool namedEnvironmentSeen_ = false;
     std::set<std::string_view> environmentKeys_;
 };
@@ -342,9 +353,9 @@ void ReadFile(const std::filesystem::path& path, Scene& target, Assets::AssetMan
     const ComponentRecordTable table;
     const ComponentLoadContext context{&codec, &registry};
 
-    PendingScene pending;
+    SceneAssembly assembly(target, table, assets);
     Core::LineReader source(file);
-    LineLoop loop(source, assets, table, context, pending);
+    LineLoop loop(source, assets, table, context, assembly);
     try
     {
         loop.Read();
@@ -358,15 +369,15 @@ void ReadFile(const std::filesystem::path& path, Scene& target, Assets::AssetMan
         throw DirectFault("Failed to parse scene file at line " + std::to_string(loop.LineNumber()) + ": " +
                           fault.what());
     }
-    if (pending.version == 0)
+    if (assembly.version == 0)
     {
         throw DirectFault("Scene file is missing a valid header.");
     }
-    if (source.Failed() || (pending.version == kNamedRecordsVersion && loop.IsInEntity()))
+    if (source.Failed() || (assembly.version == kNamedRecordsVersion && loop.IsInEntity()))
     {
         throw DirectFault("Scene read failed or entity terminator is missing.");
     }
-    target = BuildScene(pending, table, target, assets);
+    target = assembly.Finish();
 }
 
 } // namespace
