@@ -26,16 +26,21 @@ def verdict(good):
 
 
 def stages(build):
-    """Time of each stage of a conversion, and how it grows with the number of entities."""
+    """Time of each stage of a conversion, and how it grows with the number of entities. The best of 5 runs."""
     output = subprocess.run(
-        [f"{build}/bench/scene_bench", "--benchmark_format=json", "--benchmark_min_time=0.3"],
+        [f"{build}/bench/scene_bench", "--benchmark_format=json", "--benchmark_min_time=0.1",
+         "--benchmark_repetitions=5"],
         check=True, capture_output=True, text=True).stdout
     rows = {}
     for entry in json.loads(output)["benchmarks"]:
         if entry.get("error_occurred"):
             raise RuntimeError(f"{entry['name']}: {entry['error_message']}")
-        stage, shape, count, _ = entry["name"].split("/")
-        rows.setdefault((stage, shape), {})[int(count)] = entry
+        if entry["run_type"] != "iteration":
+            continue
+        stage, shape, count = entry["name"].split("/")[:3]
+        best = rows.setdefault((stage, shape), {}).setdefault(int(count), entry)
+        if entry["cpu_time"] < best["cpu_time"]:
+            rows[(stage, shape)][int(count)] = entry
     print(f"{'stage':<18}{'entities':>10}{'ms':>12}{'entities/s':>14}{'MB/s':>10}")
     good = True
     for (stage, shape), entries in rows.items():

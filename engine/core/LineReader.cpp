@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace Vornu::Core
 {
@@ -9,6 +10,7 @@ namespace
 {
 
 constexpr std::size_t kBufferSize = 65536;
+constexpr std::size_t kKeptBufferSize = 4 * kBufferSize;
 
 } // namespace
 
@@ -17,10 +19,17 @@ LineReader::LineReader(std::string_view text, bool incomplete) noexcept
 {
 }
 
-LineReader::LineReader(InputFile& file)
-    : file_(&file), buffer_(std::make_unique_for_overwrite<char[]>(kBufferSize)), capacity_(kBufferSize)
+LineReader::LineReader(InputFile& file, Lines lines)
+    : file_(&file), capacity_(lines == Lines::UntilNext ? kBufferSize : kKeptBufferSize),
+      keepsLines_(lines == Lines::UntilRelease)
 {
+    buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
     begin_ = at_ = end_ = buffer_.get();
+}
+
+void LineReader::ReleaseLines() noexcept
+{
+    retired_.clear();
 }
 
 bool LineReader::ReadLine(std::string_view& line)
@@ -67,12 +76,17 @@ bool LineReader::FillBuffer()
     }
     const auto kept = static_cast<std::size_t>(end_ - at_);
     base_ += static_cast<std::uint64_t>(at_ - begin_);
-    if (kept == capacity_)
+    const bool grows = kept == capacity_;
+    if (grows || keepsLines_)
     {
-        auto larger = std::make_unique_for_overwrite<char[]>(2 * capacity_);
-        std::memcpy(larger.get(), at_, kept);
-        buffer_ = std::move(larger);
-        capacity_ *= 2;
+        capacity_ *= grows ? 2 : 1;
+        auto next = std::make_unique_for_overwrite<char[]>(capacity_);
+        std::memcpy(next.get(), at_, kept);
+        std::swap(buffer_, next);
+        if (keepsLines_)
+        {
+            retired_.push_back(std::move(next));
+        }
     }
     else
     {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 namespace Vornu::Core
 {
@@ -19,12 +20,21 @@ public:
     /// failed and not at the end of its file.
     explicit LineReader(std::string_view text, bool incomplete = false) noexcept;
 
-    /// Reads through a buffer that holds one line at least; a line is valid until the next is asked for.
-    /// `file` outlives the reader.
-    explicit LineReader(InputFile& file);
+    /// How long the lines of a file are valid.
+    enum class Lines
+    {
+        UntilNext,    // until the next is asked for
+        UntilRelease, // until `ReleaseLines`
+    };
+
+    /// Reads through a buffer that holds one line at least. `file` outlives the reader.
+    explicit LineReader(InputFile& file, Lines lines = Lines::UntilNext);
 
     /// The next line. False at the end and when a read fails.
     bool ReadLine(std::string_view& line);
+
+    /// Gives up the lines that were handed out so far, for a reader that keeps them.
+    void ReleaseLines() noexcept;
 
     /// True once a read has failed.
     bool Failed() const noexcept { return incomplete_ || (file_ != nullptr && file_->Failed()); }
@@ -43,6 +53,8 @@ private:
     InputFile* file_ = nullptr;
     std::unique_ptr<char[]> buffer_;
     std::size_t capacity_ = 0;
+    bool keepsLines_ = false;
+    std::vector<std::unique_ptr<char[]>> retired_; // earlier buffers that lines still refer to
 };
 
 } // namespace Vornu::Core

@@ -43,8 +43,9 @@ std::string FaultAt(std::uint32_t line, std::size_t entity, const std::exception
 class SceneBuilder final : public SceneSink
 {
 public:
-    SceneBuilder(const Scene& target, const Assets::AssetRegistry& assets)
-        : codec_(Assets::MakeSceneCodecContext(assets)), context_{&codec_, &assets, &missing_}
+    /// The records' lines are views into what `lines` hands out.
+    SceneBuilder(const Scene& target, const Assets::AssetRegistry& assets, Core::LineReader& lines)
+        : lines_(lines), codec_(Assets::MakeSceneCodecContext(assets)), context_{&codec_, &assets, &missing_}
     {
         scene_.InheritGenerations(target);
     }
@@ -62,7 +63,7 @@ public:
         {
             environmentFault_ = std::string("Failed to load scene environment: ") + fault.what();
         }
-        arena_.Reset();
+        ReleaseRecords();
     }
 
     void TakeEntity(StagedEntity& entity) override
@@ -73,7 +74,7 @@ public:
             AddEntity(entity, components);
         }
         ++entityCount_;
-        arena_.Reset();
+        ReleaseRecords();
     }
 
     /// The finished scene, when everything has been read.
@@ -103,6 +104,12 @@ public:
     }
 
 private:
+    void ReleaseRecords()
+    {
+        arena_.Reset();
+        lines_.ReleaseLines();
+    }
+
     bool StageComponents(StagedEntity& entity, EntityRecordStage& components)
     {
         std::uint32_t line = entity.line;
@@ -169,6 +176,7 @@ private:
         }
     }
 
+    Core::LineReader& lines_;
     Reflection::SchemaCodecContext codec_;
     MissingComponentReport missing_;
     ComponentLoadContext context_;
@@ -191,10 +199,8 @@ void Load(const std::filesystem::path& path, Scene& target, Assets::AssetManager
     {
         throw LoadFault("Failed to open scene file for reading.");
     }
-    Core::FileBytes bytes;
-    const bool complete = file.ReadAll(bytes);
-    Core::LineReader lines(bytes.View(), !complete);
-    SceneBuilder builder(target, assets.GetRegistry());
+    Core::LineReader lines(file, Core::LineReader::Lines::UntilRelease);
+    SceneBuilder builder(target, assets.GetRegistry(), lines);
     std::string error;
     if (!ReadSceneText(lines, true, builder, path, error))
     {

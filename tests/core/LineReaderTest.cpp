@@ -77,6 +77,35 @@ TEST_F(LineReaderFile, PositionCountsTheBytesOfTheFile)
     EXPECT_EQ(fromFile.Position(), text.size());
 }
 
+TEST_F(LineReaderFile, KeptLinesStayUntilTheyAreReleased)
+{
+    std::string text;
+    for (int i = 0; i < 200'000; ++i)
+    {
+        text += "line " + std::to_string(i) + "\n";
+    }
+    Write(text);
+    InputFile file(path_);
+    LineReader reader(file, LineReader::Lines::UntilRelease);
+    std::vector<std::string_view> lines;
+    std::string_view line;
+    for (int i = 0; reader.ReadLine(line); ++i)
+    {
+        lines.push_back(line);
+        if (i % 50'000 == 49'999)
+        {
+            for (std::size_t j = 0; j < lines.size(); ++j)
+            {
+                ASSERT_EQ(lines[j],
+                          "line " + std::to_string(static_cast<std::size_t>(i) + 1 - lines.size() + j));
+            }
+            lines.clear();
+            reader.ReleaseLines();
+        }
+    }
+    EXPECT_EQ(reader.Position(), text.size());
+}
+
 TEST(LineReader, AReadErrorIsNotTheEnd)
 {
     InputFile folder(std::filesystem::temp_directory_path());
