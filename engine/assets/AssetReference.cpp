@@ -2,6 +2,7 @@
 
 #include "engine/assets/AssetRegistry.h"
 
+#include <memory>
 #include <optional>
 #include <stdexcept>
 
@@ -31,7 +32,7 @@ AssetId ResolveAssetReference(const AssetRegistry& registry, std::string_view te
 
 std::string FormatAssetReference(const AssetRegistry& registry, AssetId id)
 {
-    const std::optional<AssetRecord> record = registry.FindRecord(id);
+    const std::shared_ptr<const AssetRecord> record = registry.FindRecord(id);
     if (!record)
     {
         return {};
@@ -48,7 +49,7 @@ Reflection::SchemaCodecContext MakeSceneCodecContext(const AssetRegistry& regist
     Reflection::SchemaCodecContext context;
     context.assetToText = [&registry](AssetId id, const Reflection::AssetTypeInfo& type)
     {
-        const std::optional<AssetRecord> record = registry.FindRecord(id);
+        const std::shared_ptr<const AssetRecord> record = registry.FindRecord(id);
         if (!record || record->kind != static_cast<AssetKind>(type.nativeId))
         {
             throw std::runtime_error("Unregistered asset or mismatched asset type: " + type.name);
@@ -59,7 +60,7 @@ Reflection::SchemaCodecContext MakeSceneCodecContext(const AssetRegistry& regist
     {
         const auto kind = static_cast<AssetKind>(type.nativeId);
         const AssetId id = ResolveAssetReference(registry, text, kind);
-        const std::optional<AssetRecord> record = registry.FindRecord(id);
+        const std::shared_ptr<const AssetRecord> record = registry.FindRecord(id);
         if (record && record->kind == kind)
         {
             return id;

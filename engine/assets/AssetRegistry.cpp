@@ -43,29 +43,29 @@ AssetId AssetRegistry::RegisterBuiltin(const std::string& name, AssetKind kind)
     const AssetId id = record.id;
     const std::unique_lock lock(mutex_);
     builtins_[name] = id;
-    records_[id] = std::move(record);
+    records_[id] = std::make_shared<const AssetRecord>(std::move(record));
     return id;
 }
 
-std::optional<AssetRecord> AssetRegistry::FindRecord(AssetId id) const
+std::shared_ptr<const AssetRecord> AssetRegistry::FindRecord(AssetId id) const
 {
     const std::shared_lock lock(mutex_);
     const auto found = records_.find(id);
-    return found == records_.end() ? std::nullopt : std::optional(found->second);
+    return found == records_.end() ? nullptr : found->second;
 }
 
 AssetId AssetRegistry::FindByGuid(const Core::Guid& guid) const
 {
     const std::shared_lock lock(mutex_);
     const auto found = std::find_if(records_.begin(), records_.end(),
-                                    [&](const auto& entry) { return entry.second.guid == guid; });
+                                    [&](const auto& entry) { return entry.second->guid == guid; });
     return found == records_.end() ? 0 : found->first;
 }
 
 AssetId AssetRegistry::FindBuiltin(std::string_view name) const
 {
     const std::shared_lock lock(mutex_);
-    const auto found = builtins_.find(std::string(name));
+    const auto found = builtins_.find(name);
     return found == builtins_.end() ? 0 : found->second;
 }
 

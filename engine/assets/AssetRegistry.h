@@ -3,9 +3,11 @@
 #include "engine/assets/AssetId.h"
 #include "engine/assets/AssetKind.h"
 #include "engine/core/Guid.h"
+#include "engine/core/Hash.h"
 
 #include <filesystem>
-#include <optional>
+#include <functional>
+#include <memory>
 #include <shared_mutex>
 #include <string>
 #include <string_view>
@@ -48,7 +50,8 @@ public:
 
     AssetId RegisterBuiltin(const std::string& name, AssetKind kind);
 
-    std::optional<AssetRecord> FindRecord(AssetId id) const;
+    /// Null when there is none. A record never changes; a new one takes its place.
+    std::shared_ptr<const AssetRecord> FindRecord(AssetId id) const;
     /// 0 when there is none.
     AssetId FindByGuid(const Core::Guid& guid) const;
     AssetId FindBuiltin(std::string_view name) const;
@@ -65,8 +68,8 @@ private:
     std::filesystem::path contentRoot_;
     AssetMountMode mode_ = AssetMountMode::Authoring;
     std::vector<AssetKind> strippedKinds_;
-    std::unordered_map<AssetId, AssetRecord> records_;
-    std::unordered_map<std::string, AssetId> builtins_;
+    std::unordered_map<AssetId, std::shared_ptr<const AssetRecord>> records_;
+    std::unordered_map<std::string, AssetId, Core::TextHash, std::equal_to<>> builtins_;
 };
 
 } // namespace Vornu::Assets

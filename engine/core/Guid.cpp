@@ -3,6 +3,7 @@
 #include "engine/core/Hash.h"
 
 #include <array>
+#include <cstring>
 #include <mutex>
 #include <random>
 #include <stdexcept>
@@ -36,6 +37,19 @@ constexpr std::array<std::int8_t, 256> MakeDigitTable()
 }
 
 constexpr std::array<std::int8_t, 256> kDigitValues = MakeDigitTable();
+
+/// The two digits of every byte.
+constexpr auto kByteTexts = []
+{
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::array<char, 512> texts{};
+    for (std::size_t byte = 0; byte < 256; ++byte)
+    {
+        texts[2 * byte] = kDigits[byte >> 4];
+        texts[2 * byte + 1] = kDigits[byte & 0xF];
+    }
+    return texts;
+}();
 
 int DigitValue(char c)
 {
@@ -91,16 +105,16 @@ std::optional<Guid> Guid::TryParse(std::string_view text)
 
 void Guid::WriteText(char* out) const noexcept
 {
-    constexpr char kDigits[] = "0123456789abcdef";
-    std::size_t position = 0;
-    for (int nibble = 0; nibble < 32; ++nibble)
+    for (int byte = 0; byte < 16; ++byte)
     {
-        if (IsHyphenPosition(position))
+        if (byte == 4 || byte == 6 || byte == 8 || byte == 10)
         {
-            out[position++] = '-';
+            *out++ = '-';
         }
-        const std::uint64_t word = nibble < 16 ? high : low;
-        out[position++] = kDigits[(word >> (60 - 4 * (nibble % 16))) & 0xF];
+        const std::uint64_t word = byte < 8 ? high : low;
+        const std::size_t value = (word >> (56 - 8 * (byte % 8))) & 0xFF;
+        std::memcpy(out, &kByteTexts[2 * value], 2);
+        out += 2;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "engine/core/TokenReader.h"
 
+#include "engine/core/ByteScan.h"
 #include "engine/core/NumberText.h"
 
 #include <charconv>
@@ -241,9 +242,15 @@ TokenReader& TokenReader::Read(std::string& text)
     }
     ++at_;
     text.clear();
-    while (at_ != end_ && *at_ != '"')
+    for (;;)
     {
-        if (*at_ == '\\' && ++at_ == end_)
+        const char* const plain = at_;
+        while (at_ != end_ && *at_ != '"' && *at_ != '\\')
+        {
+            at_ = SkipPlainBytes(at_ + 1, end_);
+        }
+        text.append(plain, at_);
+        if (at_ == end_ || *at_ == '"' || ++at_ == end_)
         {
             break;
         }

@@ -298,9 +298,12 @@ private:
 
     void WriteQuoted(std::string_view text)
     {
-        out_.Append(" \"");
-        AppendEscaped(out_, text);
-        out_.Append('"');
+        char* const begin = out_.Reserve(2 * text.size() + 3);
+        begin[0] = ' ';
+        begin[1] = '"';
+        char* const end = WriteEscaped(begin + 2, text);
+        *end = '"';
+        out_.Commit(static_cast<std::size_t>(end + 1 - begin));
     }
 
     void WriteNumber(std::uint32_t number)

@@ -1,5 +1,6 @@
 #include "engine/reflection/SchemaText.h"
 
+#include "engine/core/ByteScan.h"
 #include "engine/core/NumberText.h"
 #include "engine/core/TokenReader.h"
 
@@ -214,9 +215,10 @@ std::string_view SchemaLine::ReadQuoted(SchemaArena& arena)
         throw std::runtime_error("Malformed quoted schema token.");
     }
     const char* const begin = ++at_;
+    at_ = Core::SkipPlainBytes(at_, end_);
     while (at_ != end_ && !StopsToken(*at_))
     {
-        ++at_;
+        at_ = Core::SkipPlainBytes(at_ + 1, end_);
     }
     if (at_ == end_)
     {
@@ -289,24 +291,32 @@ void ChargeRecordLine(std::string_view line, SchemaBudget& budget)
     budget.bytes += line.size() + 1;
 }
 
-void AppendEscaped(Core::TextWriter& out, std::string_view text)
+char* WriteEscaped(char* out, std::string_view text)
 {
-    char* const begin = out.Reserve(2 * text.size());
-    char* at = begin;
-    for (const char c : text)
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    while (at != end)
     {
-        const char escape = kEscapes[static_cast<unsigned char>(c)];
+        if (static_cast<std::size_t>(end - at) >= Core::kScanWidth)
+        {
+            const std::uint64_t bytes = Core::LoadBytes(at);
+            if (Core::PlainBytes(bytes) == Core::kScanWidth)
+            {
+                std::memcpy(out, &bytes, sizeof bytes);
+                out += sizeof bytes;
+                at += sizeof bytes;
+                continue;
+            }
+        }
+        const char escape = kEscapes[static_cast<unsigned char>(*at)];
         if (escape != 0)
         {
-            *at++ = '\\';
-            *at++ = escape;
+            *out++ = '\\';
         }
-        else
-        {
-            *at++ = c;
-        }
+        *out++ = escape != 0 ? escape : *at;
+        ++at;
     }
-    out.Commit(static_cast<std::size_t>(at - begin));
+    return out;
 }
 
 std::string_view FormatLeaf(PropertyKind kind, const ObjectView& view, SchemaArena& arena)

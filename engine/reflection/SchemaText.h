@@ -1,7 +1,6 @@
 #pragma once
 
 #include "engine/core/Guid.h"
-#include "engine/core/TextWriter.h"
 #include "engine/reflection/PropertyTypes.h"
 #include "engine/reflection/SchemaRecord.h"
 
@@ -70,8 +69,8 @@ std::uint32_t ParseSchemaCount(std::string_view word);
 /// Charges one line of a record, or the rest of its header line.
 void ChargeRecordLine(std::string_view line, SchemaBudget& budget);
 
-/// Appends `text` with the six escapes applied.
-void AppendEscaped(Core::TextWriter& out, std::string_view text);
+/// Writes `text` with the six escapes applied; needs room for twice its size. Returns the end.
+char* WriteEscaped(char* out, std::string_view text);
 
 /// The text of a scalar leaf of kinds Bool to Quat or Guid, in the arena.
 std::string_view FormatLeaf(PropertyKind kind, const ObjectView& view, SchemaArena& arena);
