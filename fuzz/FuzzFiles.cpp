@@ -1,0 +1,76 @@
+#include "fuzz/FuzzFiles.h"
+
+#include "engine/core/Guid.h"
+#include "engine/core/Logger.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+namespace Vornu::Fuzz
+{
+namespace
+{
+
+/// Removed when the process ends as it should.
+struct ScratchFolder
+{
+    ScratchFolder()
+        : path(std::filesystem::temp_directory_path() / ("vornu-fuzz-" + Core::Guid::Generate().ToString()))
+    {
+        std::filesystem::create_directories(path);
+        setenv("VORNU_USER_SETTINGS_DIR", (path / "user").c_str(), 1);
+        Core::GetLogger().SetMinimumLevelForAll(Core::LogLevel::Off);
+    }
+    ~ScratchFolder()
+    {
+        std::error_code ignored; // the system clears its temporary folder
+        std::filesystem::remove_all(path, ignored);
+    }
+
+    std::filesystem::path path;
+};
+
+} // namespace
+
+std::filesystem::path ScratchFile(const std::string& name)
+{
+    static const ScratchFolder folder;
+    return folder.path / name;
+}
+
+void WriteBytes(const std::filesystem::path& path, const std::uint8_t* data, std::size_t size)
+{
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+}
+
+std::string ReadBytes(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+Assets::AssetManager& SharedAssets()
+{
+    static const std::filesystem::path content = ScratchFile("Content");
+    static Assets::AssetManager assets;
+    [[maybe_unused]] static const bool mounted = []
+    {
+        assets.Initialize(content, Assets::AssetMountMode::Authoring);
+        return true;
+    }();
+    return assets;
+}
+
+void Require(bool holds, const std::string& what)
+{
+    if (!holds)
+    {
+        std::fprintf(stderr, "%s\n", what.c_str());
+        std::abort();
+    }
+}
+
+} // namespace Vornu::Fuzz

@@ -1,0 +1,54 @@
+#include "engine/core/LineReader.h"
+#include "engine/core/TextWriter.h"
+#include "engine/reflection/SchemaRecordText.h"
+#include "fuzz/FuzzFiles.h"
+
+#include <stdexcept>
+#include <string_view>
+
+namespace
+{
+
+using namespace Vornu;
+
+Reflection::SchemaRecord Parse(std::string_view text, Reflection::SchemaArena& arena)
+{
+    Core::LineReader lines(text);
+    std::string_view header;
+    lines.ReadLine(header);
+    std::uint64_t lineNumber = 1;
+    return Reflection::ReadSchemaRecord(header, lines, lineNumber, arena, true);
+}
+
+std::string Write(const Reflection::SchemaRecord& record)
+{
+    Core::TextWriter out;
+    Reflection::WriteSchemaRecord(out, record);
+    return std::string(out.Buffered());
+}
+
+} // namespace
+
+/// The input is a record without the word that opens it. What can be read can be written, unless the escapes
+/// make it too long, and reads again as the same.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    Reflection::SchemaArena arena;
+    Reflection::SchemaRecord record;
+    std::string first;
+    try
+    {
+        record = Parse(text, arena);
+        first = Write(record);
+    }
+    catch (const std::runtime_error&)
+    {
+        return 0;
+    }
+    constexpr std::string_view kWord = "component_schema";
+    Reflection::SchemaArena again;
+    Fuzz::Require(Write(Parse(std::string_view(first).substr(kWord.size()), again)) == first,
+                  "a record changed over a write and a read");
+    return 0;
+}
