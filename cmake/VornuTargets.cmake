@@ -14,19 +14,15 @@ endif()
 # vornu_library(<name> <folder> [EXCLUDE <file>...]): a static library of every source below the folder.
 function(vornu_library name folder)
   cmake_parse_arguments(ARG "" "" "EXCLUDE" ${ARGN})
-  file(GLOB_RECURSE sources CONFIGURE_DEPENDS
-    "${CMAKE_SOURCE_DIR}/${folder}/*.cpp" "${CMAKE_SOURCE_DIR}/${folder}/*.h")
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/${folder}/*.cpp")
   foreach(file IN LISTS ARG_EXCLUDE)
     list(REMOVE_ITEM sources "${CMAKE_SOURCE_DIR}/${folder}/${file}")
   endforeach()
-  list(FILTER sources INCLUDE REGEX "\\.cpp$")
-  if(NOT sources)
-    file(WRITE "${CMAKE_BINARY_DIR}/${name}.cpp" "")
-    set(sources "${CMAKE_BINARY_DIR}/${name}.cpp")
-  endif()
   add_library(${name} STATIC ${sources})
-  target_include_directories(${name} PUBLIC "${CMAKE_SOURCE_DIR}")
-  target_link_libraries(${name} PRIVATE vornu_warnings)
+  target_compile_features(${name} PUBLIC cxx_std_20)
+  target_include_directories(${name} PUBLIC
+    "$<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}>" "$<INSTALL_INTERFACE:include/vornu>")
+  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:vornu_warnings>)
 endfunction()
 
 # vornu_test(<name> <folder> <libraries>...): one test program of every source below tests/<folder>.
