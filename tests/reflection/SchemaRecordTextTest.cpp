@@ -15,6 +15,8 @@ namespace
 {
 
 using Test::FailureOf;
+using Test::ReadRecord;
+using Test::TestFolder;
 using Test::WriteRecord;
 using namespace std::string_literals;
 
@@ -28,7 +30,7 @@ std::string ReadAndWrite(const std::string& text)
     std::uint64_t lineNumber = 0;
     std::string result;
     const std::string fault =
-        FailureOf([&] { result = WriteRecord(Test::ReadRecord(lines, arena, true, lineNumber)); });
+        FailureOf([&] { result = WriteRecord(ReadRecord(lines, arena, true, lineNumber)); });
     return fault == "none" ? result : std::to_string(lineNumber) + ": " + fault;
 }
 
@@ -90,14 +92,14 @@ TEST(SchemaRecordText, RecordsSurviveReadingAndWriting)
     SchemaRecord record(arena, bytes, 1);
     record.AddField(bytes, bytes);
     const std::string text = WriteRecord(record);
-    const SchemaRecord back = Test::ReadRecord(text, arena);
+    const SchemaRecord back = ReadRecord(text, arena);
     EXPECT_EQ(back.name, bytes);
     EXPECT_EQ(back.FindField(bytes)->value.Text(), bytes);
 }
 
 TEST(SchemaRecordText, TextsOutliveLinesThatAreNotKept)
 {
-    const Test::TestFolder folder;
+    const TestFolder folder;
     const std::string text = Record(4, "property \"" + std::string(60000, 'a') + "\" \"\"\n" +
                                            "property \"b\" \"" + std::string(60000, 'b') + "\"\n" +
                                            Array("c", 1024) + "object_property \"d\" \"D\" 1 0\n" + kEnd);
@@ -105,7 +107,7 @@ TEST(SchemaRecordText, TextsOutliveLinesThatAreNotKept)
     Core::LineReader lines(file);
     SchemaArena arena;
     std::uint64_t lineNumber = 0;
-    EXPECT_EQ(WriteRecord(Test::ReadRecord(lines, arena, false, lineNumber)), text);
+    EXPECT_EQ(WriteRecord(ReadRecord(lines, arena, false, lineNumber)), text);
     EXPECT_EQ(lineNumber, 1032u);
 }
 
@@ -240,7 +242,7 @@ TEST(SchemaRecordText, ByteLimitsAreExact)
 
     // The word and the rest of the header line share one line's limit.
     const auto header = [](std::size_t size)
-    { return "component_schema \"" + std::string(size - 22, 'n') + "\" 1 0\n" + kEnd; };
+    { return "component_schema \"" + std::string(size - 23, 'n') + "\" 1 0\n" + kEnd; };
     EXPECT_EQ(ReadAndWrite(header(65535)), header(65535));
     EXPECT_EQ(ReadAndWrite(header(65536)), "1: Schema header exceeds the line limit.");
     EXPECT_EQ(ReadAndWrite(header(65552)), "1: " + oversized);
@@ -257,7 +259,7 @@ TEST(SchemaRecordText, ByteLimitsAreExact)
     EXPECT_EQ(ReadAndWrite(largest), largest);
     EXPECT_EQ(ReadAndWrite(Record(16, lines + leaf("p", room + 1) + "\n")),
               "18: Schema record exceeds its byte budget.");
-    SchemaRecord larger = CopyRecord(Test::ReadRecord(largest, arena), arena);
+    SchemaRecord larger = CopyRecord(ReadRecord(largest, arena), arena);
     larger.RenameField("p", "pp");
     EXPECT_EQ(FailureOf([&] { WriteRecord(larger); }), writeFault);
 }
@@ -287,10 +289,13 @@ TEST(SchemaRecordText, WriterRefusesBadRecordsAndFailedSinks)
 
 TEST(SchemaRecordText, MigrationsRewriteRecordsInPlace)
 {
-    SchemaArena source;
     SchemaArena arena;
-    SchemaRecord record = CopyRecord(Test::ReadRecord(kAllForms, source), arena);
-    source.Reset();
+    SchemaRecord record;
+    {
+        SchemaArena source;
+        const std::string text = kAllForms;
+        record = CopyRecord(ReadRecord(text, source), arena);
+    }
     EXPECT_EQ(WriteRecord(record), kAllForms);
     record.RenameField("leaf", "array"); // taken
     record.RenameField("missing", "other");
