@@ -34,7 +34,9 @@ enum class Mode : std::uint8_t
 
 struct Inner
 {
-    float weight = 2.0f;
+    Inner(float w = 2.0f, std::string l = {}) : weight(w), label(std::move(l)) {}
+
+    float weight;
     std::string label;
     friend bool operator==(const Inner&, const Inner&) = default;
 };
