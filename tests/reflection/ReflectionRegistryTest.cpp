@@ -33,10 +33,10 @@ enum class Wide : std::uint64_t
     First = 0,
 };
 
-struct Part
+struct Piece
 {
     float weight = 2.5f;
-    friend bool operator==(const Part&, const Part&) = default;
+    friend bool operator==(const Piece&, const Piece&) = default;
 };
 
 struct Thing
@@ -47,8 +47,8 @@ struct Thing
     std::uint64_t asset = 0;
     std::vector<Small> smalls;
     std::vector<std::uint64_t> assets;
-    std::vector<std::vector<Part>> parts;
-    Part part;
+    std::vector<std::vector<Piece>> parts;
+    Piece part;
 };
 
 template<class Function>
@@ -77,39 +77,39 @@ TEST(ReflectionRegistry, TypesKeepTheirIdentityAndProperties)
     registry.RegisterType<Thing>("Renamed", "", "", 1);
     EXPECT_EQ(registry.FindType("Thing"), nullptr);
     EXPECT_EQ(registry.FindType("Renamed"), type);
-    registry.RegisterType<Part>("Other", "", "", 1);
+    registry.RegisterType<Piece>("Other", "", "", 1);
     ASSERT_EQ(registry.SortedTypes().size(), 2u);
     EXPECT_EQ(registry.SortedTypes()[0]->name, "Other");
-    registry.RegisterType<Part>("Zebra", "", "", 1);
+    registry.RegisterType<Piece>("Zebra", "", "", 1);
     EXPECT_EQ(registry.SortedTypes()[0]->name, "Renamed");
 
-    EXPECT_EQ(Fault([&] { registry.RegisterType<Part>("", "", "", 1); }),
+    EXPECT_EQ(Fault([&] { registry.RegisterType<Piece>("", "", "", 1); }),
               "Reflection schema requires a name and a positive version.");
-    EXPECT_EQ(Fault([&] { registry.RegisterType<Part>("Part", "", "", 0); }),
+    EXPECT_EQ(Fault([&] { registry.RegisterType<Piece>("Piece", "", "", 0); }),
               "Reflection schema requires a name and a positive version.");
-    EXPECT_EQ(Fault([&] { registry.RegisterType<Part>("Renamed", "", "", 1); }),
+    EXPECT_EQ(Fault([&] { registry.RegisterType<Piece>("Renamed", "", "", 1); }),
               "Reflection type name already belongs to another C++ type: Renamed");
-    EXPECT_EQ(Fault([&] { ValueBuilder<Part>(registry, "Part", "", "").Version(0); }),
-              "Value schema versions start at 1: Part");
+    EXPECT_EQ(Fault([&] { ValueBuilder<Piece>(registry, "Piece", "", "").Version(0); }),
+              "Value schema versions start at 1: Piece");
 }
 
 TEST(ReflectionRegistry, PropertyFaultsNameTheFirstFailedCheck)
 {
     ReflectionRegistry registry;
-    registry.RegisterType<Part>("Part", "", "", 1);
+    registry.RegisterType<Piece>("Piece", "", "", 1);
     const auto add =
         [&](const char* type, float Thing::*member, PropertyKind kind, const PropertyAttributes& attributes)
     { return Fault([&] { registry.AddProperty<Thing, float>(type, "size", member, kind, attributes); }); };
     PropertyAttributes badInterval;
     badInterval.sinceVersion = 0;
-    EXPECT_EQ(add("Part", nullptr, PropertyKind::Int32, badInterval),
+    EXPECT_EQ(add("Piece", nullptr, PropertyKind::Int32, badInterval),
               "Reflection property requires a member pointer: size");
-    EXPECT_EQ(add("Part", &Thing::size, PropertyKind::Int32, badInterval),
+    EXPECT_EQ(add("Piece", &Thing::size, PropertyKind::Int32, badInterval),
               "Reflection property kind does not match its C++ value type.");
-    EXPECT_EQ(add("Part", &Thing::size, PropertyKind::Float, badInterval),
+    EXPECT_EQ(add("Piece", &Thing::size, PropertyKind::Float, badInterval),
               "Property requires a name and valid schema-version interval: size");
-    EXPECT_EQ(add("Part", &Thing::size, PropertyKind::Float, {}),
-              "Reflection property owner does not match type: Part");
+    EXPECT_EQ(add("Piece", &Thing::size, PropertyKind::Float, {}),
+              "Reflection property owner does not match type: Piece");
     EXPECT_EQ(add("Thing", &Thing::size, PropertyKind::Float, {}), "none");
     EXPECT_EQ(add("Thing", &Thing::size, PropertyKind::Float, {}),
               "Duplicate reflection property: Thing.size");
@@ -119,10 +119,10 @@ TEST(ReflectionRegistry, PropertyFaultsNameTheFirstFailedCheck)
                      { registry.AddOffsetProperty<float>(type, "size", 4, PropertyKind::Float, {}, 1.5f); });
     };
     EXPECT_EQ(addOffset("Unknown"), "Reflection offset property needs a registered owner type: Unknown");
-    EXPECT_EQ(addOffset("Part"), "none");
-    EXPECT_EQ(addOffset("Part"), "Duplicate reflection property: Part.size");
+    EXPECT_EQ(addOffset("Piece"), "none");
+    EXPECT_EQ(addOffset("Piece"), "Duplicate reflection property: Piece.size");
     float storage[2] = {0.0f, 0.0f};
-    const PropertyInfo& property = *registry.FindType("Part")->FindProperty("size");
+    const PropertyInfo& property = *registry.FindType("Piece")->FindProperty("size");
     EXPECT_FALSE(property.EqualsDefault(storage));
     EXPECT_TRUE(property.SetDefault(storage));
     EXPECT_TRUE(property.EqualsDefault(storage));
@@ -159,16 +159,16 @@ TEST(ReflectionRegistry, ValueTypesAdmitTheirKinds)
     EXPECT_EQ(AdmittedKinds<glm::quat>(), "9 14 15 ");
     EXPECT_EQ(AdmittedKinds<Core::Guid>(), "13 14 15 ");
     EXPECT_EQ(AdmittedKinds<Small>(), "10 14 ");
-    EXPECT_EQ(AdmittedKinds<Part>(), "14 15 ");
+    EXPECT_EQ(AdmittedKinds<Piece>(), "14 15 ");
     EXPECT_EQ(AdmittedKinds<std::vector<std::vector<std::uint32_t>>>(), "2 12 14 ");
 
-    const ValueSchema nested = MakeValueSchema<std::vector<std::vector<Part>>>(PropertyKind::Object);
+    const ValueSchema nested = MakeValueSchema<std::vector<std::vector<Piece>>>(PropertyKind::Object);
     EXPECT_EQ(nested.shape, ValueShape::Collection);
     EXPECT_EQ(nested.kind, PropertyKind::Custom);
     EXPECT_EQ(nested.Leaf().shape, ValueShape::Object);
-    EXPECT_TRUE(AccessorsOf<std::vector<std::vector<Part>>>().matches(nested));
+    EXPECT_TRUE(AccessorsOf<std::vector<std::vector<Piece>>>().matches(nested));
     EXPECT_FALSE(AccessorsOf<std::vector<std::vector<Thing>>>().matches(nested));
-    EXPECT_FALSE(AccessorsOf<std::vector<Part>>().matches(nested));
+    EXPECT_FALSE(AccessorsOf<std::vector<Piece>>().matches(nested));
     ValueSchema scalar = MakeValueSchema<float>(PropertyKind::Float);
     scalar.kind = PropertyKind::Int32;
     EXPECT_FALSE(AccessorsOf<float>().matches(scalar));
@@ -289,7 +289,7 @@ TEST(ReflectionRegistry, ValidationReportsTheFirstFaultyProperty)
          "Thing.parts: Nested object schema has not been registered."},
         {[](ReflectionRegistry& registry, Builder& thing)
          {
-             registry.RegisterType<Part>("Part", "", "", 1);
+             registry.RegisterType<Piece>("Piece", "", "", 1);
              thing.Field("parts", &Thing::parts).Field("part", &Thing::part);
          },
          ""},

@@ -262,15 +262,6 @@ TEST_F(ComponentRegistryTest, EntriesDescribeTheirComponent)
     EXPECT_EQ(registry.Find("TestSampled")->fields[1].name, "custom@" + std::to_string(sizeof(std::string)));
     EXPECT_TRUE(registry.Find("TestSampled")->multiRecord);
 
-    const Entity entity = scene.CreateEntity("E");
-    EXPECT_FALSE(entry.has(scene, entity));
-    EXPECT_EQ(entry.view(scene, entity).constData, nullptr);
-    entry.add(scene, entity);
-    EXPECT_EQ(entry.get(scene, entity), scene.TryGet<Hooked>(entity));
-    EXPECT_EQ(entry.viewConst(scene, entity).mutableData, nullptr);
-    entry.remove(scene, entity);
-    EXPECT_EQ(entry.getConst(scene, entity), nullptr);
-
     // Registered again, a type keeps its place; two components can't claim one record name.
     ComponentRegistry own;
     ComponentTypeEntry& first = own.AddEntry(Reflection::TypeIdOf<Bare>());

@@ -47,7 +47,6 @@ std::string Load(const std::filesystem::path& path, Scene& scene)
     std::string error = "old";
     const bool loaded = LoadScene(path, scene, assets, &error);
     EXPECT_EQ(loaded, error.empty());
-    EXPECT_EQ(LoadScene(path.string() + ".missing", scene, assets, nullptr), false);
     return error;
 }
 
@@ -218,6 +217,8 @@ TEST(SceneFile, FaultsNameTheLineAndLeaveTheTarget)
     }
     EXPECT_EQ(Load(folder.Path(), scene), noHeader);
     EXPECT_EQ(Load(folder / "none.vscene", scene), "Failed to open scene file for reading.");
+    Assets::AssetManager assets;
+    EXPECT_FALSE(LoadScene(folder / "none.vscene", scene, assets, nullptr));
     EXPECT_TRUE(scene.IsValid(kept));
     EXPECT_EQ(scene.AliveCount(), 1u);
 }
@@ -230,10 +231,8 @@ TEST(SceneFile, LoadingInvalidatesOldHandles)
     Entity old = scene.CreateEntity("Old");
     for (int round = 0; round < 3; ++round)
     {
-        const std::uint64_t revision = scene.SceneRevision();
         ASSERT_EQ(Load(folder / "a.vscene", scene), "");
         EXPECT_FALSE(scene.IsValid(old));
-        EXPECT_GT(scene.SceneRevision() + revision, 2u);
         old = scene.AliveEntities()[0];
         EXPECT_EQ(scene.FindEntityByGuid({0, 1}), old);
     }
