@@ -4,6 +4,7 @@
 #include "engine/core/FileSystemCalls.h"
 #include "engine/scene/PreservedRecordSet.h"
 #include "engine/scene/Scene.h"
+#include "engine/scene/SceneStage.h"
 #include "engine/scene/components/CoreComponents.h"
 #include "engine/scene/components/GameplayComponents.h"
 #include "engine/scene/components/RenderingComponents.h"
@@ -188,7 +189,7 @@ TEST(SceneFile, FaultsNameTheLineAndLeaveTheTarget)
          "Failed to load scene environment: Unsupported component schema, version, or destination: "
          "EnvironmentSettings"},
         // Faults of application: the line is that of the record's header, or of the entity.
-        {open + "end_entity", at(2, "Entity is missing its TransformComponent record.")},
+        {open + kEmptyRotator + "end_entity", at(2, "Entity is missing its TransformComponent record.")},
         {kHeader + Frame(1) + Frame(2, badField),
          at(9, "Unknown, duplicate, or unavailable schema field: RotatorComponent.x")},
         {kHeader + Frame(1) + Frame(1, badField),
@@ -221,6 +222,23 @@ TEST(SceneFile, FaultsNameTheLineAndLeaveTheTarget)
     EXPECT_FALSE(LoadScene(folder / "none.vscene", scene, assets, nullptr));
     EXPECT_TRUE(scene.IsValid(kept));
     EXPECT_EQ(scene.AliveCount(), 1u);
+}
+
+TEST(SceneFile, StagedRecordsKnowTheirPlaceInTheFile)
+{
+    const std::string text = "scene_version 6\r\n\n" + Frame(1, "parent \"\"\n") + Frame(2) + "#";
+    Core::LineReader lines(text);
+    SceneStage stage;
+    std::string error;
+    ASSERT_TRUE(ParseSceneText(lines, true, stage, "", error)) << error;
+    EXPECT_EQ(stage.version, 6u);
+    EXPECT_FALSE(stage.environment);
+    ASSERT_EQ(stage.entities.size(), 2u);
+    EXPECT_TRUE(stage.entities[0].hasParent);
+    EXPECT_FALSE(stage.entities[1].hasParent);
+    EXPECT_EQ(stage.entities[1].line, 8u);
+    EXPECT_EQ(stage.entities[1].records.at(0).line, 9u);
+    EXPECT_EQ(stage.entities[1].records[0].encodedBytes, kTransform.size());
 }
 
 TEST(SceneFile, LoadingInvalidatesOldHandles)
