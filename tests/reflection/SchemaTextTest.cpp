@@ -197,21 +197,5 @@ TEST(SchemaText, LeavesRefuseForeignStorageAndKinds)
     }
 }
 
-TEST(SchemaText, FieldBudgetHasExactLimits)
-{
-    constexpr char kFault[] = "Schema exceeds the nesting or field budget.";
-    FieldBudget budget;
-    EXPECT_EQ(FailureOf([&] { budget.Charge(0, 16); }), "none");
-    EXPECT_EQ(FailureOf([&] { budget.Charge(0, 17); }), kFault);
-    EXPECT_EQ(FailureOf([&] { budget.Charge(1025, 1); }), kFault);
-    // What was refused doesn't count.
-    for (int i = 0; i < 4; ++i)
-    {
-        EXPECT_EQ(FailureOf([&] { budget.Charge(1024, 1); }), "none");
-    }
-    EXPECT_EQ(FailureOf([&] { budget.Charge(0, 1); }), "none");
-    EXPECT_EQ(FailureOf([&] { budget.Charge(1, 1); }), kFault);
-}
-
 } // namespace
 } // namespace Vornu::Reflection
