@@ -108,9 +108,9 @@ void CopyComponent(const ComponentTypeEntry& entry, const Registry& source, Regi
     {
         reset(&copy);
     }
-    if (entry.copyHook)
+    for (const auto& hook : entry.copyHooks)
     {
-        entry.copyHook(&copy, kind);
+        hook(&copy, kind);
     }
     target.Add<Component>(to, std::move(copy));
 }
@@ -286,8 +286,8 @@ public:
     template<class Function>
     ComponentBuilder& OnCopy(Function function)
     {
-        entry_.copyHook = [function](void* component, ComponentCopyKind kind)
-        { function(*static_cast<Component*>(component), kind); };
+        entry_.copyHooks.push_back([function](void* component, ComponentCopyKind kind)
+                                   { function(*static_cast<Component*>(component), kind); });
         return *this;
     }
 

@@ -160,7 +160,7 @@ struct ComponentTypeEntry
     std::vector<std::function<void(void* component, const ComponentLoadContext& context)>> loadHooks;
     std::vector<std::function<void(void* component, const EntityReferenceRemapper& remapper)>> remapHooks;
     std::vector<std::function<void(void* component)>> transientResets;
-    std::function<void(void* component, ComponentCopyKind kind)> copyHook;
+    std::vector<std::function<void(void* component, ComponentCopyKind kind)>> copyHooks;
 
     bool multiRecord = false; // the record list was replaced
 

@@ -2,6 +2,7 @@
 
 #include "engine/scene/CommandBuffer.h"
 #include "engine/scene/EntityReference.h"
+#include "engine/scene/PreservedRecordSet.h"
 #include "engine/scene/components/CoreComponents.h"
 
 #include <gtest/gtest.h>
@@ -15,12 +16,6 @@
 
 namespace Vornu::Scene
 {
-
-/// Stands in for the set of the loader.
-class PreservedRecordSet
-{
-};
-
 namespace
 {
 
