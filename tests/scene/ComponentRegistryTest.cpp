@@ -4,7 +4,7 @@
 #include "engine/core/Logger.h"
 #include "engine/scene/ComponentBuilder.h"
 #include "engine/scene/EntityRecordStage.h"
-#include "engine/scene/PluginRecords.h"
+#include "engine/scene/MissingComponents.h"
 #include "engine/scene/SampleChunks.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
