@@ -6,6 +6,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Vornu::Reflection
@@ -19,8 +20,14 @@ class SchemaArena
 {
 public:
     SchemaArena() = default;
-    SchemaArena(SchemaArena&&) = default;
-    SchemaArena& operator=(SchemaArena&&) = default;
+    /// Leaves `other` empty. What lies in the arena stays where it is.
+    SchemaArena(SchemaArena&& other) noexcept { Swap(other); }
+    SchemaArena& operator=(SchemaArena&& other) noexcept
+    {
+        SchemaArena taken(std::move(other));
+        Swap(taken);
+        return *this;
+    }
 
     /// Uninitialised room for `count` values of a trivially destructible type.
     template<class Type>
@@ -53,6 +60,13 @@ private:
         return result;
     }
     void* AllocateBlock(std::size_t size, std::size_t alignment);
+
+    void Swap(SchemaArena& other) noexcept
+    {
+        std::swap(blocks_, other.blocks_);
+        std::swap(at_, other.at_);
+        std::swap(end_, other.end_);
+    }
 
     struct Block
     {
