@@ -206,7 +206,7 @@ TEST(CommandLine, TwoConversionsKeepTwoBackups)
     const TestFolder folder;
     folder.Write("legacy", kLegacyV3);
     const ToolRun run = RunScript(folder, "cp legacy a.vscene; upgrade a.vscene\n"
-                                                "cp legacy a.vscene; upgrade a.vscene\n");
+                                          "cp legacy a.vscene; upgrade a.vscene\n");
     EXPECT_EQ(run.Text(), "upgraded a.vscene -> a.vscene (converted from scene format version 3), backup "
                           "a.vscene.legacy-v3\n"
                           "upgraded a.vscene -> a.vscene (converted from scene format version 3), backup "
