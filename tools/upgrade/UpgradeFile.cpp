@@ -34,7 +34,7 @@ std::filesystem::path FreeBackupPath(const std::filesystem::path& input)
     for (std::uint64_t number = 2; IsTaken(candidate); ++number)
     {
         candidate = first;
-        candidate += "-" + std::to_string(number);
+        (candidate += "-") += std::to_string(number);
     }
     return candidate;
 }
