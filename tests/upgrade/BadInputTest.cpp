@@ -206,9 +206,10 @@ TEST(BadInput, AFatalSignalLeavesNoTemporaryFile)
         text += "entity \"\" \"E" + std::to_string(i) + "\"\npoint_light 1 1 1 5\nend_entity\n";
     }
     folder.Write("a.vscene", text);
-    const ToolRun run = RunScript(folder, "'" VORNU_UPGRADE_PROGRAM "' --no-backup a.vscene & pid=$!\n"
-                                          "while [ \"$(echo *)\" = a.vscene ]; do :; done\n"
-                                          "kill -TERM $pid; wait $pid");
+    const ToolRun run =
+        RunScript(folder, "'" VORNU_UPGRADE_PROGRAM "' --no-backup a.vscene & pid=$!\n"
+                          "i=0; while [ $((i += 1)) -lt 20000 ] && [ \"$(echo *)\" = a.vscene ]; do :; done\n"
+                          "kill -TERM $pid; wait $pid");
     EXPECT_EQ(run.exitCode, 128 + SIGTERM);
     EXPECT_EQ(folder.List(), "a.vscene");
     EXPECT_TRUE(folder.Read("a.vscene") == text);
