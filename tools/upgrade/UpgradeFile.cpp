@@ -34,7 +34,8 @@ std::filesystem::path FreeBackupPath(const std::filesystem::path& input)
     for (std::uint64_t number = 2; IsTaken(candidate); ++number)
     {
         candidate = first;
-        (candidate += "-") += std::to_string(number);
+        candidate += "-";
+        candidate += std::to_string(number);
     }
     return candidate;
 }
