@@ -1,13 +1,13 @@
 #include "tools/upgrade/Classify.h"
 
 #include "engine/core/InputFile.h"
-#include "engine/core/LineReader.h"
 #include "engine/core/TokenReader.h"
 #include "engine/scene/SceneStage.h"
 #include "engine/scene/SceneVersionProbe.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <stdexcept>
 #include <string_view>
 
 namespace Vornu::Upgrade
@@ -57,6 +57,10 @@ std::optional<std::string> FindPositionalRecord(Core::LineReader& source, std::u
             return "positional record '" + std::string(word) + "' at line " + std::to_string(lineNumber);
         }
     }
+    if (source.Failed())
+    {
+        throw std::runtime_error("the file could not be read to its end");
+    }
     return std::nullopt;
 }
 
@@ -70,6 +74,11 @@ std::optional<std::string> ClassifyFile(const std::filesystem::path& path)
         return std::nullopt;
     }
     Core::LineReader source(file);
+    return ClassifyText(source);
+}
+
+std::optional<std::string> ClassifyText(Core::LineReader& source)
+{
     std::uint64_t lineNumber = 0;
     const Scene::SceneVersionProbe probe = Scene::ProbeSceneVersion(source, lineNumber);
     if (!probe.found)

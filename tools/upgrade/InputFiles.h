@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,8 @@ bool IsSceneFile(const std::filesystem::path& path);
 struct InputFiles
 {
     std::vector<std::filesystem::path> files; // in order of the inputs and of the walk
-    std::filesystem::path missing;   // the first input that is neither file nor directory; ends the search
+    /// The first input that is neither file nor directory, an empty one included; ends the search.
+    std::optional<std::filesystem::path> missing;
     std::vector<std::string> faults; // what the walk couldn't read
 };
 

@@ -162,9 +162,9 @@ int ProcessInputs(const CommandLine& commandLine)
     {
         PrintError("vornu-upgrade: " + fault + "\n");
     }
-    if (!inputs.missing.empty())
+    if (inputs.missing)
     {
-        PrintError("Not found: " + inputs.missing.native() + "\n");
+        PrintError("Not found: " + inputs.missing->native() + "\n");
         return kUsageError;
     }
     if (!commandLine.outputPath.empty() && inputs.files.size() != 1)

@@ -1,0 +1,126 @@
+#pragma once
+
+#include "engine/assets/AssetManager.h"
+#include "engine/core/Logger.h"
+#include "engine/reflection/ReflectionRegistry.h"
+#include "engine/scene/Scene.h"
+#include "engine/scene/SceneFile.h"
+#include "engine/scene/legacy/LegacyReader.h"
+#include "tests/core/TestFolder.h"
+
+#include <iomanip>
+#include <set>
+#include <sstream>
+#include <string>
+
+namespace Vornu::Test
+{
+
+/// Reads texts as scene files, with three built-in assets to refer to.
+class LegacyText
+{
+public:
+    LegacyText() : settings_("VORNU_USER_SETTINGS_DIR", (folder_ / "settings").string())
+    {
+        Core::GetLogger().ApplyLevelSpec("off");
+        assets.Initialize(folder_.Path(), Assets::AssetMountMode::ReadOnly);
+        assets.GetRegistry().RegisterBuiltin("Sky", Assets::AssetKind::Texture);
+        assets.GetRegistry().RegisterBuiltin("Red", Assets::AssetKind::Material);
+        assets.GetRegistry().RegisterBuiltin("Box", Assets::AssetKind::Mesh);
+    }
+
+    /// The error of the legacy reader; empty if it has filled `scene`.
+    std::string Read(std::string_view text)
+    {
+        std::string error = "not cleared";
+        const auto path = folder_.Write("a.vscene", text);
+        const bool loaded = Scene::Legacy::Load(path, scene, assets, &error);
+        EXPECT_EQ(loaded, error.empty());
+        return error;
+    }
+
+    /// The text in the current format, or "<error>".
+    std::string Convert(std::string_view text)
+    {
+        std::string error = Read(text);
+        return error.empty() ? Save() : "<" + error + ">";
+    }
+
+    std::string Save()
+    {
+        std::string error;
+        return Scene::SaveScene(folder_ / "b.vscene", scene, assets, &error) ? folder_.Read("b.vscene")
+                                                                             : "<" + error + ">";
+    }
+
+    /// The values of one component of the converted text that differ from its defaults, in file order, as
+    /// "name=value;". Elements of arrays have no name.
+    std::string Changes(std::string_view text, const std::string& component)
+    {
+        const std::string converted = Convert(text);
+        if (converted.front() == '<')
+        {
+            return converted;
+        }
+        const std::string defaults = DefaultText(component);
+        const std::vector<std::string> known = Block(defaults, component);
+        EXPECT_FALSE(known.empty());
+        std::string changes;
+        const std::set<std::string> common(known.begin(), known.end());
+        for (const std::string& value : Block(converted, component))
+        {
+            changes += common.contains(value) ? "" : value + ";";
+        }
+        return changes;
+    }
+
+    Scene::Scene scene;
+    Assets::AssetManager assets;
+
+private:
+    std::string DefaultText(const std::string& component)
+    {
+        std::string text = "scene_version 6\nentity \"" + std::string(31, '0') + "1\" \"\"\n";
+        for (const std::string& name : std::set<std::string>{"TransformComponent", component})
+        {
+            const auto* const type = Reflection::ReflectionRegistry::Instance().FindType(name);
+            text += name != "EnvironmentSettings"
+                        ? "component_schema \"" + name + "\" " + std::to_string(type->version) +
+                              " 0\nend_component_schema\n"
+                        : "";
+        }
+        std::string error;
+        EXPECT_TRUE(Scene::LoadScene(folder_.Write("d.vscene", text + "end_entity\n"), scene, assets, &error))
+            << error;
+        return Save();
+    }
+
+    static std::vector<std::string> Block(const std::string& text, const std::string& component)
+    {
+        std::vector<std::string> values;
+        std::istringstream lines(
+            text.substr(std::min(text.size(), text.find("component_schema \"" + component + '"'))));
+        std::string line;
+        std::getline(lines, line);
+        for (int depth = 1; depth > 0 && std::getline(lines, line);)
+        {
+            std::istringstream words(line);
+            std::string kind;
+            std::string first;
+            std::string second;
+            words >> kind >> std::quoted(first) >> std::quoted(second);
+            depth += kind == "object_property" || kind == "array_property";
+            depth -= kind == "end_component_schema" || kind == "end_array";
+            if (kind == "property" || kind == "value")
+            {
+                values.push_back(kind == "value" ? first : first + "=" + second);
+            }
+        }
+        return values;
+    }
+
+    TestFolder folder_;
+    ScopedVariable settings_;
+};
+
+} // namespace Vornu::Test

@@ -1,0 +1,219 @@
+#include "tests/upgrade/ToolRun.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Vornu::Upgrade
+{
+namespace
+{
+
+using Test::FirstLines;
+using Test::kCurrent;
+using Test::kLegacyV3;
+using Test::RunScript;
+using Test::TestFolder;
+using Test::ToolRun;
+
+TEST(BadInput, EntriesThatAreNoFiles)
+{
+    const TestFolder folder;
+    ASSERT_EQ(::mkfifo((folder / "fifo.vscene").c_str(), 0600), 0);
+    ASSERT_EQ(::mknod((folder / "socket.vscene").c_str(), S_IFSOCK | 0600, 0), 0);
+    std::filesystem::create_symlink("loop.vscene", folder / "loop.vscene");
+    std::filesystem::create_symlink("nowhere", folder / "dangling.vscene");
+    std::filesystem::create_symlink(".", folder / "again");
+    folder.Write("d.vscene/a.vscene", kLegacyV3);
+    for (const char* const name : {"fifo.vscene", "socket.vscene", "loop.vscene", "dangling.vscene",
+                                   "/dev/null", "d.vscene/a.vscene/x"})
+    {
+        EXPECT_EQ(RunScript(folder, std::string("upgrade --check d.vscene ") + name).Text(),
+                  "[err] Not found: " + std::string(name) + "\n[exit] 2");
+    }
+    EXPECT_EQ(RunScript(folder, "upgrade --check .").Text(),
+              "legacy   ./d.vscene/a.vscene (scene format version 3)\n"
+              "[err] vornu-upgrade: directory_entry::status: Too many levels of symbolic links: "
+              "\"./loop.vscene\"\n[exit] 1");
+}
+
+TEST(BadInput, ContentsThatAreNoScenes)
+{
+    const TestFolder folder;
+    const std::string fault = ": not a scene file (missing or unsupported scene_version header)\n";
+    const struct
+    {
+        const char* name;
+        std::string text;
+    } rows[] = {
+        {"empty", ""},
+        {"comments alone", "# scene_version 3\n\n#\n"},
+        {"NUL bytes", std::string(100'000, '\0')},
+        {"not UTF-8", "\xff\xfe s\x80"},
+        {"UTF-8 mark", "\xef\xbb\xbfscene_version 3\n"},
+        {"version 0", "scene_version 0\n"},
+        {"version 7", "scene_version 7\n"},
+        {"no number", "scene_version x\n"},
+        {"number too large", "scene_version 4294967296\n"},
+        {"one long line", std::string(1'000'000, 'x')},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.name);
+        folder.Write("a.vscene", row.text);
+        EXPECT_EQ(RunScript(folder, "upgrade a.vscene").Text(),
+                  "[err] FAILED   a.vscene" + fault + "[exit] 1");
+        EXPECT_TRUE(folder.Read("a.vscene") == row.text);
+        EXPECT_EQ(folder.List(), "a.vscene");
+    }
+}
+
+TEST(BadInput, OddTextStillConverts)
+{
+    const TestFolder folder;
+    const struct
+    {
+        const char* name;
+        std::string text;
+    } rows[] = {
+        {"carriage returns", "scene_version 3\r\nentity \"\" \"Root\"\r\ntransform 1 2 3\r\n"},
+        {"none at the end", "scene_version 3\nentity \"\" \"Root\"\ntransform 1 2 3"},
+        {"a record of 100 MB",
+         "scene_version 3\nentity \"\" \"Root\"\n" + std::string(100'000'000, 'x') + "\ntransform 1 2 3\n"},
+        {"NULs behind a record",
+         "scene_version 3\nentity \"\" \"Root\"\ntransform 1 2 3" + std::string(9, '\0')},
+    };
+    std::string converted;
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.name);
+        folder.Write("a.vscene", row.text);
+        EXPECT_EQ(RunScript(folder, "upgrade --no-backup a.vscene").Text(),
+                  "upgraded a.vscene -> a.vscene (converted from scene format version 3)\n[err] [exit] 0");
+        converted = converted.empty() ? folder.Read("a.vscene") : converted;
+        EXPECT_EQ(folder.Read("a.vscene"), converted);
+    }
+    EXPECT_NE(converted.find("property \"position\" \"1 2 3\"\n"), std::string::npos);
+    EXPECT_EQ(converted.find('\r'), std::string::npos);
+
+    const std::string name = "caf\xe9 \\\"x\\\" ";
+    folder.Write("a.vscene", "scene_version 3\nentity \"\" \"" + name + "\"\n");
+    RunScript(folder, "upgrade a.vscene");
+    EXPECT_NE(folder.Read("a.vscene").find(" \"" + name + "\"\nparent"), std::string::npos);
+}
+
+TEST(BadInput, LinksAreKept)
+{
+    const TestFolder folder;
+    folder.Write("store/real.vscene", kLegacyV3);
+    std::filesystem::create_directories(folder / "levels");
+    std::filesystem::create_symlink("../store/real.vscene", folder / "levels/a.vscene");
+    std::filesystem::create_hard_link(folder / "store/real.vscene", folder / "store/hard");
+    EXPECT_EQ(RunScript(folder, "upgrade levels").Text(),
+              "upgraded levels/a.vscene -> levels/a.vscene (converted from scene format version 3), backup "
+              "levels/a.vscene.legacy-v3\n[err] [exit] 0");
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "levels/a.vscene"));
+    EXPECT_EQ(FirstLines(folder), "levels/a.vscene: scene_version 6\n"
+                                  "levels/a.vscene.legacy-v3: scene_version 3\n"
+                                  "store/hard: scene_version 3\n"
+                                  "store/real.vscene: scene_version 6\n");
+    EXPECT_FALSE(std::filesystem::is_symlink(folder / "levels/a.vscene.legacy-v3"));
+}
+
+TEST(BadInput, ADanglingLinkOccupiesTheNameOfABackup)
+{
+    const TestFolder folder;
+    folder.Write("a.vscene", kLegacyV3);
+    std::filesystem::create_symlink("nowhere", folder / "a.vscene.legacy-v3");
+    RunScript(folder, "upgrade a.vscene");
+    EXPECT_EQ(folder.List(), "a.vscene a.vscene.legacy-v3 a.vscene.legacy-v3-2");
+}
+
+TEST(BadInput, AFileThatFailsDoesNotStopTheRun)
+{
+    const TestFolder folder;
+    folder.Write("a.vscene", kLegacyV3);
+    folder.Write("b.vscene", kLegacyV3);
+    folder.Write("file", "");
+    const std::string mount = "create_directories: Not a directory: \"" + (folder / "file").string() + "\"\n";
+    EXPECT_EQ(RunScript(folder, "upgrade --content file a.vscene b.vscene").Text(),
+              "[err] FAILED   a.vscene: " + mount + "FAILED   b.vscene: " + mount + "[exit] 1");
+    folder.Write("current.vscene", kCurrent);
+    const ToolRun run = RunScript(folder, "TMPDIR=\"$PWD/none\"; export TMPDIR\n"
+                                          "upgrade --verify current.vscene");
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err.substr(0, 46), "FAILED   current.vscene: temp_directory_path: ");
+    EXPECT_EQ(run.exitCode, 1);
+}
+
+TEST(BadInput, OutputThatCannotBeWrittenFailsTheRun)
+{
+    const TestFolder folder;
+    folder.Write("a.vscene", kCurrent);
+    folder.Write("legacy.vscene", kLegacyV3);
+    const struct
+    {
+        const char* script;
+        int exitCode;
+    } rows[] = {
+        {"upgrade a.vscene >/dev/full", 1},
+        {"upgrade a.vscene >&-", 1},
+        {"upgrade --help >/dev/full", 1},
+        {"upgrade --help >&-", 1},
+        {"upgrade >/dev/full", 2},
+        {"upgrade --check a.vscene >&-", 0},
+        {"upgrade a.vscene legacy.vscene >&- 2>&-", 1},
+    };
+    for (const auto& row : rows)
+    {
+        EXPECT_EQ(RunScript(folder, row.script).exitCode, row.exitCode) << row.script;
+    }
+    EXPECT_EQ(FirstLines(folder), "a.vscene: scene_version 6\nlegacy.vscene: scene_version 6\n"
+                                  "legacy.vscene.legacy-v3: scene_version 3\n");
+}
+
+TEST(BadInput, FoldersWithoutAccess)
+{
+    if (::geteuid() == 0)
+    {
+        GTEST_SKIP() << "every folder is open to root";
+    }
+    const TestFolder folder;
+    folder.Write("closed/a.vscene", kLegacyV3);
+    folder.Write("b.vscene", kLegacyV3);
+    const ToolRun run = RunScript(folder, "chmod 555 closed; upgrade closed --content .\n"
+                                          "chmod 0 closed; upgrade --check .; chmod 755 closed\n"
+                                          "exit 0");
+    EXPECT_EQ(run.out, "legacy   ./b.vscene (scene format version 3)\n");
+    EXPECT_EQ(run.err,
+              "FAILED   closed/a.vscene: could not write backup closed/a.vscene.legacy-v3: Permission "
+              "denied\n"
+              "vornu-upgrade: recursive_directory_iterator::operator++: Permission denied: "
+              "\"./closed\"\n");
+    EXPECT_EQ(FirstLines(folder), "b.vscene: scene_version 3\nclosed/a.vscene: scene_version 3\n");
+}
+
+TEST(BadInput, AFatalSignalLeavesNoTemporaryFile)
+{
+    const TestFolder folder;
+    std::string text = "scene_version 3\n";
+    for (int i = 0; i < 100'000; ++i)
+    {
+        text += "entity \"\" \"E" + std::to_string(i) + "\"\npoint_light 1 1 1 5\nend_entity\n";
+    }
+    folder.Write("a.vscene", text);
+    const ToolRun run =
+        RunScript(folder, "'" VORNU_UPGRADE_PROGRAM "' --no-backup a.vscene & pid=$!\n"
+                          "i=0; while [ $((i += 1)) -lt 20000 ] && [ \"$(echo *)\" = a.vscene ]; do :; done\n"
+                          "kill -TERM $pid; wait $pid");
+    EXPECT_EQ(run.exitCode, 128 + SIGTERM);
+    EXPECT_EQ(folder.List(), "a.vscene");
+    EXPECT_TRUE(folder.Read("a.vscene") == text);
+}
+
+} // namespace
+} // namespace Vornu::Upgrade
