@@ -58,10 +58,8 @@ void PrepareStandardStreams() noexcept
     {
         if (::fcntl(descriptor, F_GETFD) == -1 && errno == EBADF)
         {
-            // Gets the lowest free number, which is the one looked at. Closed output isn't opened for
-            // writing: who writes there has to learn that nobody reads it.
-            const int flags = descriptor == STDOUT_FILENO ? O_RDONLY : O_RDWR;
-            [[maybe_unused]] const int opened = ::open("/dev/null", flags);
+            // Gets the lowest free number, which is the one looked at.
+            [[maybe_unused]] const int opened = ::open("/dev/null", O_RDWR);
         }
     }
     std::signal(SIGPIPE, SIG_IGN);

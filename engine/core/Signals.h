@@ -5,7 +5,7 @@ namespace Vornu::Platform
 
 /// For the start of a program: opens the standard descriptors that are closed on the null device, so that no
 /// file of the program gets their numbers, and ignores SIGPIPE and SIGXFSZ, so that writing reports an error
-/// instead of ending the program. Writing to standard output that was closed goes on to fail.
+/// instead of ending the program.
 void PrepareStandardStreams() noexcept;
 
 /// For the start of a program: SIGINT, SIGTERM and SIGHUP remove the registered temporary files before they
