@@ -19,7 +19,8 @@ int main(int argc, char** argv)
     scene.CreateCamera("Eye", true);
     std::string error;
     Scene::Scene loaded;
-    if (!Scene::SaveScene(argv[1], scene, assets, &error) || !Scene::LoadScene(argv[1], loaded, assets, &error))
+    if (!Scene::SaveScene(argv[1], scene, assets, &error) ||
+        !Scene::LoadScene(argv[1], loaded, assets, &error))
     {
         std::fprintf(stderr, "%s\n", error.c_str());
         return 1;
