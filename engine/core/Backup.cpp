@@ -143,6 +143,41 @@ int CreateNamed(const fs::path& folder, fs::path& path, FileDescriptor& out)
     return error;
 }
 
+/// Creates the destination itself, for file systems that can neither link nor rename without overwriting.
+int CopyInPlace(const FileDescriptor& from, const fs::path& destination)
+{
+    FileDescriptor to;
+    int error = OpenDescriptor(destination, O_WRONLY | O_CREAT | O_EXCL, kPrivateMode, to);
+    if (error != 0)
+    {
+        return error;
+    }
+    const int slot = RegisterTemporaryPath(destination.c_str());
+    error = FillCopy(from, to);
+    const int closeError = to.Close();
+    error = error != 0 ? error : closeError;
+    if (error != 0)
+    {
+        ::unlink(destination.c_str());
+    }
+    ReleaseTemporaryPath(slot);
+    return error;
+}
+
+/// Gives a complete file its final name, which must be free.
+int Publish(const FileDescriptor& from, const fs::path& temporary, const fs::path& destination)
+{
+    int error = Link(temporary, destination, 0);
+    if (error == 0 || !MeansUnsupported(error))
+    {
+        return error;
+    }
+    error = ::renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, destination.c_str(), RENAME_NOREPLACE) == 0
+                ? 0
+                : errno;
+    return error == EINVAL || MeansUnsupported(error) ? CopyInPlace(from, destination) : error;
+}
+
 int CopyNamed(const FileDescriptor& from, const fs::path& destination)
 {
     FileDescriptor to;
@@ -156,7 +191,7 @@ int CopyNamed(const FileDescriptor& from, const fs::path& destination)
     error = FillCopy(from, to);
     const int closeError = to.Close();
     error = error != 0 ? error : closeError;
-    error = error != 0 ? error : Link(temporary, destination, 0);
+    error = error != 0 ? error : Publish(from, temporary, destination);
     ::unlink(temporary.c_str());
     ReleaseTemporaryPath(slot);
     return error;

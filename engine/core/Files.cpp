@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
+#include <stdexcept>
 #include <system_error>
 
 #include <fcntl.h>
@@ -61,6 +63,15 @@ int PrepareReplacement(const fs::path& source, const fs::path& destination, bool
     return error != 0 ? error : closeError;
 }
 
+/// Two names of one file, by hard links or linked folders; rename(2) would leave both and report success.
+bool IsSameFile(const fs::path& source, const fs::path& destination)
+{
+    struct stat sourceStatus = {};
+    struct stat targetStatus = {};
+    return ::lstat(source.c_str(), &sourceStatus) == 0 && ::lstat(destination.c_str(), &targetStatus) == 0 &&
+           sourceStatus.st_dev == targetStatus.st_dev && sourceStatus.st_ino == targetStatus.st_ino;
+}
+
 int MoveOver(const fs::path& source, const fs::path& destination, bool writeThrough)
 {
     if (const int error = PrepareReplacement(source, destination, writeThrough))
@@ -107,6 +118,24 @@ int ReadToEnd(const FileDescriptor& file, std::string& out)
         {
             return errno;
         }
+    }
+}
+
+int ReadInto(std::string& out, const FileDescriptor& file, std::size_t expectedSize)
+{
+    constexpr std::size_t kMaxFirstReserve = std::size_t{64} * 1024 * 1024;
+    try
+    {
+        out.resize(std::min(expectedSize, kMaxFirstReserve) + kReadBlock);
+        return ReadToEnd(file, out);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return ENOMEM;
+    }
+    catch (const std::length_error&)
+    {
+        return ENOMEM;
     }
 }
 
@@ -158,7 +187,7 @@ FileResult ReplaceFileAtomically(const fs::path& source, const fs::path& destina
     {
         return result;
     }
-    if (from == to)
+    if (from == to || IsSameFile(from, to))
     {
         return InvalidArgument("Source and destination identify the same file.");
     }
@@ -203,8 +232,8 @@ FileContents ReadFileBinary(const fs::path& path)
     if (error == 0)
     {
         // One block more than the file, so that its end is seen without growing.
-        contents.bytes.resize(static_cast<std::size_t>(status.st_size) + kReadBlock);
-        error = ReadToEnd(file, contents.bytes);
+        // A sparse file may claim more than memory holds; what is there decides.
+        error = ReadInto(contents.bytes, file, static_cast<std::size_t>(status.st_size));
     }
     if (error != 0)
     {

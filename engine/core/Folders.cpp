@@ -118,14 +118,13 @@ fs::path FindEngineAsset(const fs::path& relative, const fs::path& executableFol
     {
         return first;
     }
-    for (const fs::path& folder : {executableFolder.parent_path(), EngineRootFolder(executableFolder)})
+    const fs::path second = executableFolder.parent_path() / asset;
+    if (Platform::Exists(second))
     {
-        if (Platform::Exists(folder / asset))
-        {
-            return folder / asset;
-        }
+        return second;
     }
-    return first;
+    const fs::path third = EngineRootFolder(executableFolder) / asset;
+    return Platform::Exists(third) ? third : first;
 }
 
 fs::path UserSettingsFolder()

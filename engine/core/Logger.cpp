@@ -147,9 +147,13 @@ Logger::Logger(LoggerLimits limits)
 Logger::~Logger()
 {
     StopSinkThread();
-    const std::unique_lock output = LockOutput();
-    FlushOutputs();
-    CloseFiles();
+    decltype(sinks_) sinks; // a sink that logs when it is destroyed does so without the lock and the list
+    {
+        const std::unique_lock output = LockOutput();
+        FlushOutputs();
+        CloseFiles();
+        sinks.swap(sinks_);
+    }
 }
 
 void Logger::Log(LogCategory category, LogLevel level, std::string message)
@@ -203,6 +207,10 @@ void Logger::OpenLogFiles(std::string_view applicationName, const fs::path& fold
     try
     {
         const std::unique_lock output = LockOutput();
+        if (closeRequested_)
+        {
+            CloseFiles(); // by the sink that asks for new ones now
+        }
         if (!filesOpen_ && !folder.empty())
         {
             OpenFiles(applicationName, folder);
@@ -495,7 +503,10 @@ void Logger::FinishSinkThread()
         std::unique_lock output(outputLock_, std::defer_lock);
         std::lock(state, output);
         asyncEnabled_ = worker_ != nullptr;
-        rest.swap(queue_);
+        if (worker_ == nullptr)
+        {
+            rest.swap(queue_); // a newer thread writes its own
+        }
         state.unlock();
         queueDrained_.notify_all();
         Deliver(rest);

@@ -81,9 +81,15 @@ std::optional<fs::path> RelativeToRoot(const fs::path& root, const fs::path& pat
     }
     const fs::path canonicalRoot = CanonicalPath(root);
     const fs::path canonicalPath = CanonicalPath(path);
-    if (!IsPathUnder(NormalizedCaseKey(canonicalRoot), NormalizedCaseKey(canonicalPath)))
+    const std::string rootKey = NormalizedCaseKey(canonicalRoot);
+    const std::string pathKey = NormalizedCaseKey(canonicalPath);
+    if (!IsPathUnder(rootKey, pathKey))
     {
         return std::nullopt;
+    }
+    if (rootKey == pathKey)
+    {
+        return fs::path(".");
     }
     auto part = canonicalPath.begin();
     for (auto i = canonicalRoot.begin(); i != canonicalRoot.end() && part != canonicalPath.end(); ++i)

@@ -329,7 +329,21 @@ private:
     std::optional<std::int32_t> exitCode_;
 };
 
-FileResult LaunchWithPipe(const ProcessRequest& request, const char* pipeFailure, Pipe& pipe, pid_t& process)
+/// The words of the failures in setting up an output pipe.
+struct PipeWords
+{
+    const char* create;
+    const char* configure;
+};
+
+bool MakeNonBlocking(const FileDescriptor& descriptor)
+{
+    const int flags = ::fcntl(descriptor.Get(), F_GETFL);
+    return flags >= 0 && ::fcntl(descriptor.Get(), F_SETFL, flags | O_NONBLOCK) == 0;
+}
+
+FileResult LaunchWithPipe(const ProcessRequest& request, const PipeWords& words, bool nonBlocking, Pipe& pipe,
+                          pid_t& process)
 {
     ResolvedRequest resolved;
     FileResult result = ResolveRequest(request, resolved);
@@ -339,7 +353,11 @@ FileResult LaunchWithPipe(const ProcessRequest& request, const char* pipeFailure
     }
     if (const int error = CreatePipe(pipe))
     {
-        return FileResult::SystemFailure(pipeFailure, error);
+        return FileResult::SystemFailure(words.create, error);
+    }
+    if (nonBlocking && !MakeNonBlocking(pipe.readEnd))
+    {
+        return FileResult::SystemFailure(words.configure, errno);
     }
     result = Launch(request, resolved, &pipe.writeEnd, process);
     // Held open here, the pipe would never come to its end.
@@ -354,7 +372,9 @@ ProcessResult RunCaptured(const ProcessRequest& request)
     ProcessResult result;
     Pipe pipe;
     pid_t process = -1;
-    FileResult launch = LaunchWithPipe(request, "Failed to create process output pipe", pipe, process);
+    FileResult launch = LaunchWithPipe(
+        request, {"Failed to create process output pipe", "Failed to configure process output pipe"}, false,
+        pipe, process);
     if (!launch.Succeeded())
     {
         result.failureCode = launch.code;
@@ -402,17 +422,11 @@ FileResult StartCaptured(const ProcessRequest& request, std::unique_ptr<Captured
     }
     Pipe pipe;
     pid_t process = -1;
-    FileResult result = LaunchWithPipe(request, "Failed to create process pipe", pipe, process);
+    FileResult result = LaunchWithPipe(
+        request, {"Failed to create process pipe", "Failed to configure process pipe"}, true, pipe, process);
     if (!result.Succeeded())
     {
         return result;
-    }
-    const int flags = ::fcntl(pipe.readEnd.Get(), F_GETFL);
-    if (flags < 0 || ::fcntl(pipe.readEnd.Get(), F_SETFL, flags | O_NONBLOCK) != 0)
-    {
-        const int error = errno;
-        ReapInBackground(process);
-        return FileResult::SystemFailure("Failed to configure process pipe", error);
     }
     slot = std::make_unique<PosixCapturedProcess>(process, std::move(pipe.readEnd));
     return {};

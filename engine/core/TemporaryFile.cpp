@@ -1,6 +1,5 @@
 #include "engine/core/TemporaryFile.h"
 
-#include "engine/core/Signals.h"
 #include "engine/core/System.h"
 
 #include <cerrno>
@@ -19,24 +18,24 @@ namespace
 constexpr mode_t kNewFileMode = 0666;
 
 /// Absolute, so that a later change of the working folder can't point the removal at another file.
-int RegisterAbsolute(const std::filesystem::path& path)
+std::filesystem::path MakeAbsolute(const std::filesystem::path& path)
 {
     std::error_code error;
     const std::filesystem::path absolute = std::filesystem::absolute(path, error);
-    return error ? kNoTemporarySlot : RegisterTemporaryPath(absolute.c_str());
+    return error ? path : absolute;
 }
 
 } // namespace
 
 TemporaryFile::TemporaryFile(std::filesystem::path path)
-    : path_(std::move(path)), slot_(RegisterAbsolute(path_))
+    : path_(std::move(path)), absolutePath_(MakeAbsolute(path_))
 {
     error_ = OpenDescriptor(path_, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, kNewFileMode, file_);
     if (error_ != 0)
     {
-        ReleaseTemporaryPath(std::exchange(slot_, kNoTemporarySlot));
         return;
     }
+    slot_ = RegisterTemporaryPath(absolutePath_.c_str());
     created_ = true;
     struct stat status = {};
     if (::fstat(file_.Get(), &status) == 0)
@@ -55,10 +54,10 @@ TemporaryFile::~TemporaryFile()
     file_.Close();
     // After a move the name is free, and another writer may have taken it already.
     struct stat status = {};
-    if (created_ && ::lstat(path_.c_str(), &status) == 0 && status.st_dev == device_ &&
+    if (created_ && ::lstat(absolutePath_.c_str(), &status) == 0 && status.st_dev == device_ &&
         status.st_ino == inode_)
     {
-        ::unlink(path_.c_str());
+        ::unlink(absolutePath_.c_str());
     }
     ReleaseTemporaryPath(slot_);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/core/FileDescriptor.h"
+#include "engine/core/Signals.h"
 
 #include <filesystem>
 #include <string>
@@ -43,9 +44,10 @@ private:
     bool Record(int error) noexcept;
 
     std::filesystem::path path_;
+    std::filesystem::path absolutePath_;
     FileDescriptor file_;
     int error_ = 0;
-    int slot_;
+    int slot_ = kNoTemporarySlot;
     bool created_ = false;
     dev_t device_ = 0;
     ino_t inode_ = 0;

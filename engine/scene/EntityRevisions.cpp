@@ -68,8 +68,11 @@ std::vector<Entity> EntityRevisions::ChangedAfter(std::uint64_t revision) const
 
 void EntityRevisions::Clear() noexcept
 {
+    for (const Entry& entry : entries_)
+    {
+        firstPlaces_[EntityIndex(entry.entity)] = 0;
+    }
     entries_.clear();
-    std::fill(firstPlaces_.begin(), firstPlaces_.end(), 0);
     deadCount_ = 0;
 }
 

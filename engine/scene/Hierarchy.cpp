@@ -12,6 +12,10 @@ void ValidateHierarchy(const ParentMap& parents)
     std::vector<std::uint32_t> positions(parents.PositionLimit(), kNoParent);
     for (const auto& [guid, parent] : parents)
     {
+        if (!guid.IsValid())
+        {
+            continue; // no walk begins at, or comes past, a null GUID
+        }
         const std::size_t own = parents.PositionOf(guid);
         const std::size_t above = parent.IsValid() ? parents.PositionOf(parent) : ParentMap::kNoPosition;
         positions[own] = above != ParentMap::kNoPosition ? static_cast<std::uint32_t>(above)

@@ -356,11 +356,13 @@ void Registry::ReleaseSlot(std::uint32_t index)
 void Registry::EnqueueFree(std::uint32_t index)
 {
     FreeIndexQueue& queue = freeIndices_;
-    // Dropping the used-up front only when it is the larger part keeps the cost of an entry constant.
-    if (queue.head > kHeldBackIndices && queue.head * 2 > queue.indices.size())
+    // Dropping what is used up only when it is the larger part keeps the cost of an entry constant.
+    const std::size_t used = queue.indices.size() - queue.count;
+    if (used > kHeldBackIndices && used * 2 > queue.indices.size())
     {
         queue.indices.erase(queue.indices.begin(),
                             queue.indices.begin() + static_cast<std::ptrdiff_t>(queue.head));
+        std::erase(queue.indices, 0u);
         queue.head = 0;
         for (std::size_t i = 0; i < queue.indices.size(); ++i)
         {

@@ -64,7 +64,8 @@ public:
     Entity CreatePointLight(std::string name);
     Entity CreateSpotLight(std::string name);
 
-    /// Destroys the entity and everything below it, children first.
+    /// Destroys the entity and everything below it, children first. Looks through the siblings of `entity`
+    /// alone.
     void DestroyEntity(Entity entity);
 
     /// Makes room for `entityCount` entities in all, with the components that each new entity has.

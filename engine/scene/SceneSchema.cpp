@@ -10,22 +10,36 @@
 namespace Vornu::Scene
 {
 
-void EnsureSceneSchema()
+namespace
 {
-    static bool registered = false;
-    if (registered)
-    {
-        return;
-    }
-    auto& reflection = Reflection::ReflectionRegistry::Instance();
-    Assets::RegisterAssetTypes(reflection);
 
-    // The order is that of the component serials, and so that of the records in saved files.
+/// The order is that of the component serials, and so that of the records in saved files.
+void RegisterTypes(Reflection::ReflectionRegistry& reflection)
+{
+    Assets::RegisterAssetTypes(reflection);
     RegisterEnvironmentTypes();
     RegisterCoreComponents();
     RegisterRenderingComponents();
     RegisterLightingComponents();
     RegisterGameplayComponents();
+}
+
+} // namespace
+
+void EnsureSceneSchema()
+{
+    static bool registered = false;
+    static bool typesAdded = false; // a type is added once; a further attempt validates again
+    if (registered)
+    {
+        return;
+    }
+    auto& reflection = Reflection::ReflectionRegistry::Instance();
+    if (!typesAdded)
+    {
+        RegisterTypes(reflection);
+        typesAdded = true;
+    }
 
     std::string fault;
     if (!reflection.Validate(&fault))

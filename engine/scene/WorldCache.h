@@ -16,6 +16,8 @@ struct WorldCacheEntry
     std::uint64_t revision = 0;  // transform revision at which `world` was computed; 0 when it wasn't yet
     std::uint64_t checkedAt = 0; // transform revision at which it was last found to be current
     Entity owner = kNullEntity;
+    Entity ancestor = kNullEntity; // whose matrix went into `world`; null when none did
+    bool belowCycle = false;       // in a cycle of parents or below one, where no matrix is passed on
 };
 
 } // namespace Vornu::Scene

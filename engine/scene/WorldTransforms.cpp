@@ -105,9 +105,9 @@ const WorldCacheEntry& Scene::BringUpToDate(Entity entity)
     const WorldCacheEntry* parent = nullptr;
     chain_.clear();
     // Stopping at the first ancestor that was checked since the last change makes a pass over a whole tree
-    // linear. The length test ends the walk when somebody made a cycle of parents.
-    for (Entity current = entity; HasTransform(current) && chain_.size() <= SlotCount();
-         current = GetParent(current))
+    // linear. A chain longer than there are entities has gone round a cycle of parents.
+    bool cycle = false;
+    for (Entity current = entity; HasTransform(current) && !cycle; current = GetParent(current))
     {
         WorldCacheEntry& entry = CacheEntryOf(current);
         if (entry.checkedAt == track.revision)
@@ -116,20 +116,26 @@ const WorldCacheEntry& Scene::BringUpToDate(Entity entity)
             break;
         }
         chain_.push_back(current);
+        cycle = chain_.size() > SlotCount();
     }
     for (std::size_t i = chain_.size(); i > 0; --i)
     {
         const Entity current = chain_[i - 1];
         WorldCacheEntry& entry = CacheEntryOf(current);
+        const bool belowCycle = cycle || (parent != nullptr && parent->belowCycle);
+        const WorldCacheEntry* const above = belowCycle ? nullptr : parent;
+        const Entity ancestor = above != nullptr ? above->owner : kNullEntity;
         const std::uint64_t required =
             std::max({track.fullResetRevision, track.entityRevisions.RevisionOf(current),
-                      parent != nullptr ? parent->revision : std::uint64_t{0}});
-        if (entry.revision < required)
+                      above != nullptr ? above->revision : std::uint64_t{0}});
+        if (entry.revision < required || entry.ancestor != ancestor)
         {
             const glm::mat4 local = LocalMatrix(TryGet<TransformComponent>(current)->transform);
-            entry.world = parent != nullptr ? parent->world * local : local;
+            entry.world = above != nullptr ? above->world * local : local;
             entry.revision = track.revision;
+            entry.ancestor = ancestor;
         }
+        entry.belowCycle = belowCycle;
         entry.checkedAt = track.revision;
         parent = &entry;
     }

@@ -347,10 +347,34 @@ TEST(Scene, CyclesOfParentsEndEveryWalk)
     const std::uint64_t revision = scene.TransformRevision();
     scene.SetParent(b, a);
     EXPECT_TRUE(scene.TransformChangesSince(revision).entities.empty());
-    scene.UpdateWorldTransforms();
-    EXPECT_EQ(scene.GetWorldMatrix(a), glm::mat4(1.0f));
+    scene.Get<TransformComponent>(a).transform.position = {1.0f, 0.0f, 0.0f};
+    scene.Get<TransformComponent>(b).transform.position = {10.0f, 0.0f, 0.0f};
+    for (int others = 0; others < 3; ++others)
+    {
+        scene.MarkAllTransformsChanged();
+        scene.UpdateWorldTransforms();
+        EXPECT_EQ(scene.GetWorldMatrix(a)[3].x, 1.0f) << "members of a cycle have their local matrices";
+        EXPECT_EQ(scene.GetWorldMatrix(b)[3].x, 10.0f);
+        scene.CreateEntity("other");
+    }
     scene.DestroyEntity(a);
-    EXPECT_EQ(scene.AliveCount(), 0u);
+    EXPECT_EQ(scene.AliveCount(), 3u);
+}
+
+TEST(Scene, AnEntityWhoseParentLosesItsTransformFallsBackToItsOwn)
+{
+    Scene scene;
+    const Entity parent = scene.CreateEntity("parent");
+    const Entity child = scene.CreateEntity("child");
+    scene.SetParent(child, parent);
+    scene.Get<TransformComponent>(parent).transform.position = {1.0f, 0.0f, 0.0f};
+    scene.MarkTransformChanged(parent);
+    scene.UpdateWorldTransforms();
+    EXPECT_EQ(scene.GetWorldMatrix(child)[3].x, 1.0f);
+    scene.Remove<TransformComponent>(parent);
+    scene.MarkTransformChanged(parent);
+    scene.UpdateWorldTransforms();
+    EXPECT_EQ(scene.GetWorldMatrix(child)[3].x, 0.0f);
 }
 
 } // namespace
