@@ -33,6 +33,7 @@ struct FaultPlan
     int failAt = 0;
     int error = 0;
     bool unnamedFiles = true;
+    bool links = true;
     bool shortWrites = false;
     bool renamed = false;
     int calls = 0;
@@ -77,7 +78,14 @@ constexpr FileSystemCalls kFaultyCalls = {
         return plan.renamed ? plan.real->rename(from, to) : -1;
     },
     [](const char* from, const char* to, int flags)
-    { return plan.Fails() ? -1 : plan.real->link(from, to, flags); },
+    {
+        if (!plan.links)
+        {
+            errno = EPERM;
+            return -1;
+        }
+        return plan.Fails() ? -1 : plan.real->link(from, to, flags);
+    },
     [](int file)
     {
         // A close that reports an error has closed the file nevertheless.
@@ -267,6 +275,23 @@ TEST(CopyFileExclusive, KeepsBytesAndPermissionsAndNeverOverwrites)
         EXPECT_EQ(Text(CopyFileExclusive(folder / "a", "")), "4 No such file or directory");
         EXPECT_EQ(folder.Read("b"), bytes);
         EXPECT_EQ(folder.List(), "a b");
+    }
+}
+
+TEST(CopyFileExclusive, WorksOnFileSystemsWithoutHardLinks)
+{
+    const TestFolder folder;
+    folder.Write("a", "new");
+    folder.Write("taken", "old");
+    for (const bool unnamedFiles : {true, false})
+    {
+        const FaultScope scope({.unnamedFiles = unnamedFiles, .links = false});
+        EXPECT_EQ(Text(CopyFileExclusive(folder / "a", folder / "b")), "0 ");
+        EXPECT_EQ(Text(CopyFileExclusive(folder / "a", folder / "taken")), "4 File exists");
+        EXPECT_EQ(folder.Read("b"), "new");
+        EXPECT_EQ(folder.Read("taken"), "old");
+        EXPECT_EQ(folder.List(), "a b taken");
+        std::filesystem::remove(folder / "b");
     }
 }
 
