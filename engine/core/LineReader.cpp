@@ -27,6 +27,14 @@ LineReader::LineReader(InputFile& file, Lines lines)
     begin_ = at_ = end_ = buffer_.get();
 }
 
+std::string_view LineReader::Peek(std::size_t size)
+{
+    while (static_cast<std::size_t>(end_ - at_) < size && FillBuffer())
+    {
+    }
+    return {at_, std::min(size, static_cast<std::size_t>(end_ - at_))};
+}
+
 void LineReader::ReleaseLines() noexcept
 {
     retired_.clear();

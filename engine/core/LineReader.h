@@ -33,6 +33,10 @@ public:
     /// The next line. False at the end and when a read fails.
     bool ReadLine(std::string_view& line);
 
+    /// What stands ahead, up to `size` bytes (64 KiB at most), without going on; shorter at the end of the
+    /// text.
+    std::string_view Peek(std::size_t size);
+
     /// Gives up the lines that were handed out so far, for a reader that keeps them.
     void ReleaseLines() noexcept;
 

@@ -1,7 +1,11 @@
 #include "engine/assets/AssetManager.h"
 #include "engine/assets/AssetReference.h"
+#include "engine/assets/CookedContainer.h"
+#include "engine/assets/CookedManifest.h"
+#include "engine/core/Files.h"
 #include "engine/core/InputFile.h"
 #include "engine/reflection/SchemaCodec.h"
+#include "engine/scene/CookedScene.h"
 #include "engine/scene/EntityRecordStage.h"
 #include "engine/scene/Environment.h"
 #include "engine/scene/Hierarchy.h"
@@ -11,7 +15,10 @@
 #include "engine/scene/SceneStage.h"
 
 #include <cstddef>
+#include <span>
 #include <stdexcept>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -43,8 +50,8 @@ std::string FaultAt(std::uint32_t line, std::size_t entity, const std::exception
 class SceneBuilder final : public SceneSink
 {
 public:
-    /// The records' lines are views into what `lines` hands out.
-    SceneBuilder(const Scene& target, const Assets::AssetRegistry& assets, Core::LineReader& lines)
+    /// Records of text are views into what `lines` hands out; null for a cooked scene.
+    SceneBuilder(const Scene& target, const Assets::AssetRegistry& assets, Core::LineReader* lines)
         : lines_(lines), codec_(Assets::MakeSceneCodecContext(assets)), context_{&codec_, &assets, &missing_}
     {
         scene_.InheritGenerations(target);
@@ -107,7 +114,10 @@ private:
     void ReleaseRecords()
     {
         arena_.Reset();
-        lines_.ReleaseLines();
+        if (lines_ != nullptr)
+        {
+            lines_->ReleaseLines();
+        }
     }
 
     bool StageComponents(StagedEntity& entity, EntityRecordStage& components)
@@ -176,7 +186,7 @@ private:
         }
     }
 
-    Core::LineReader& lines_;
+    Core::LineReader* lines_;
     Reflection::SchemaCodecContext codec_;
     MissingComponentReport missing_;
     ComponentLoadContext context_;
@@ -192,6 +202,61 @@ private:
     std::string sceneFault_;
 };
 
+bool BeginsCooked(Core::InputFile& file)
+{
+    char magic[4] = {};
+    const std::size_t count = file.Read(magic, sizeof magic);
+    file.Rewind();
+    return std::string_view(magic, count) == Assets::kContainerMagic;
+}
+
+Scene LoadCooked(const std::filesystem::path& path, const Scene& target,
+                 const Assets::AssetRegistry& registry)
+{
+    const Platform::FileContents contents = Platform::ReadFileBinary(path);
+    if (!contents.result.Succeeded())
+    {
+        throw LoadFault("Failed to read cooked scene: " + contents.result.message);
+    }
+    SceneStage stage;
+    std::string error;
+    if (!DecodeCookedScene(std::as_bytes(std::span(contents.bytes)), stage, path, error))
+    {
+        throw LoadFault(error);
+    }
+    SceneBuilder builder(target, registry, nullptr);
+    if (stage.environment)
+    {
+        builder.TakeEnvironment(*stage.environment);
+    }
+    for (StagedEntity& entity : stage.entities)
+    {
+        builder.TakeEntity(entity);
+    }
+    return builder.Finish();
+}
+
+Scene LoadText(const std::filesystem::path& path, Core::InputFile& file, const Scene& target,
+               const Assets::AssetRegistry& registry)
+{
+    if (registry.Mode() == Assets::AssetMountMode::ReadOnly &&
+        Assets::RequiresCookedScenes(registry.ContentRoot()))
+    {
+        throw LoadFault(
+            "Scene \"" + path.native() +
+            "\" is not cooked. This package loads only cooked scenes; cook the project with vornu-cook "
+            "or the packager.");
+    }
+    Core::LineReader lines(file, Core::LineReader::Lines::UntilRelease);
+    SceneBuilder builder(target, registry, &lines);
+    std::string error;
+    if (!ReadSceneText(lines, true, builder, path, error))
+    {
+        throw LoadFault(error);
+    }
+    return builder.Finish();
+}
+
 void Load(const std::filesystem::path& path, Scene& target, Assets::AssetManager& assets)
 {
     Core::InputFile file(path);
@@ -199,14 +264,8 @@ void Load(const std::filesystem::path& path, Scene& target, Assets::AssetManager
     {
         throw LoadFault("Failed to open scene file for reading.");
     }
-    Core::LineReader lines(file, Core::LineReader::Lines::UntilRelease);
-    SceneBuilder builder(target, assets.GetRegistry(), lines);
-    std::string error;
-    if (!ReadSceneText(lines, true, builder, path, error))
-    {
-        throw LoadFault(error);
-    }
-    target = builder.Finish();
+    const Assets::AssetRegistry& registry = assets.GetRegistry();
+    target = BeginsCooked(file) ? LoadCooked(path, target, registry) : LoadText(path, file, target, registry);
 }
 
 } // namespace

@@ -1,10 +1,32 @@
 #include "engine/scene/SceneVersionProbe.h"
 
+#include "engine/assets/CookedContainer.h"
+#include "engine/core/ByteStream.h"
 #include "engine/core/InputFile.h"
 #include "engine/core/TokenReader.h"
 
+#include <cstddef>
+#include <span>
+#include <string_view>
+
 namespace Vornu::Scene
 {
+namespace
+{
+
+/// A container's header and the first field of its payload, the scene version.
+constexpr std::size_t kCookedHeadSize = Assets::kContainerHeaderSize + sizeof(std::uint32_t);
+
+SceneVersionProbe ProbeCookedHead(std::span<const std::byte> head)
+{
+    if (!Assets::ReadContainerHeader(head))
+    {
+        return {};
+    }
+    return {Core::ByteReader(head.subspan(Assets::kContainerHeaderSize)).ReadU32(), true};
+}
+
+} // namespace
 
 SceneVersionProbe ProbeSceneVersion(const std::filesystem::path& path)
 {
@@ -20,6 +42,11 @@ SceneVersionProbe ProbeSceneVersion(const std::filesystem::path& path)
 
 SceneVersionProbe ProbeSceneVersion(Core::LineReader& source, std::uint64_t& lineNumber)
 {
+    const std::string_view head = source.Peek(kCookedHeadSize);
+    if (head.size() == kCookedHeadSize && head.starts_with(Assets::kContainerMagic))
+    {
+        return ProbeCookedHead(std::as_bytes(std::span(head)));
+    }
     std::string_view line;
     do
     {
