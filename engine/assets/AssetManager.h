@@ -2,6 +2,7 @@
 
 #include "engine/assets/AssetId.h"
 #include "engine/assets/AssetRegistry.h"
+#include "engine/assets/MeshAsset.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -9,13 +10,6 @@
 
 namespace Vornu::Assets
 {
-
-/// What the scene layer asks of a loaded mesh.
-struct MeshAsset
-{
-    AssetId skeleton = 0;
-    std::uint32_t submeshCount = 0;
-};
 
 /// Progress of a preload, for a host that shows it.
 struct PreloadProgress;

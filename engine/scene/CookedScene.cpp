@@ -31,7 +31,8 @@ constexpr std::size_t kMinRecordSize = 20;
 constexpr std::size_t kMinFieldSize = 5;
 constexpr std::size_t kMinValueSize = 1;
 
-// Writing -----------------------------------------------------------------------------------------------------
+// Writing
+// -----------------------------------------------------------------------------------------------------
 
 void WriteGuid(Core::ByteWriter& out, const Core::Guid& guid)
 {
@@ -88,7 +89,8 @@ void WriteEntity(Core::ByteWriter& out, const StagedEntity& entity)
     }
 }
 
-// Reading -----------------------------------------------------------------------------------------------------
+// Reading
+// -----------------------------------------------------------------------------------------------------
 
 class PayloadReader
 {
@@ -318,8 +320,8 @@ std::vector<std::byte> EncodeCookedScene(const SceneStage& stage)
 bool DecodeCookedScene(std::span<const std::byte> bytes, SceneStage& stage, const std::filesystem::path& path,
                        std::string& error)
 {
-    const auto payload = Assets::OpenContainer(bytes, Assets::ContainerKind(kCookedSceneKind), kCookedSceneFormat,
-                                               path.native(), &error);
+    const auto payload = Assets::OpenContainer(bytes, Assets::ContainerKind(kCookedSceneKind),
+                                               kCookedSceneFormat, path.native(), &error);
     if (!payload)
     {
         return false;

@@ -78,29 +78,33 @@ void WriteSceneHead(ByteWriter& out, std::uint32_t entities)
 /// One entity whose records `body` writes, their number included.
 std::vector<std::byte> WrapEntity(const std::function<void(ByteWriter&)>& body)
 {
-    return Wrap([&](ByteWriter& out) {
-        WriteSceneHead(out, 1);
-        out.WriteU64(1);
-        out.WriteU64(2);
-        out.WriteString("e");
-        out.WriteU8(0);
-        out.WriteU64(0);
-        out.WriteU64(0);
-        body(out);
-    });
+    return Wrap(
+        [&](ByteWriter& out)
+        {
+            WriteSceneHead(out, 1);
+            out.WriteU64(1);
+            out.WriteU64(2);
+            out.WriteString("e");
+            out.WriteU8(0);
+            out.WriteU64(0);
+            out.WriteU64(0);
+            body(out);
+        });
 }
 
 std::vector<std::byte> WrapValue(const std::function<void(ByteWriter&)>& value)
 {
-    return WrapEntity([&](ByteWriter& out) {
-        out.WriteU32(1);
-        out.WriteU64(0);
-        out.WriteString("R");
-        out.WriteU32(1);
-        out.WriteU32(1);
-        out.WriteString("f");
-        value(out);
-    });
+    return WrapEntity(
+        [&](ByteWriter& out)
+        {
+            out.WriteU32(1);
+            out.WriteU64(0);
+            out.WriteString("R");
+            out.WriteU32(1);
+            out.WriteU32(1);
+            out.WriteString("f");
+            value(out);
+        });
 }
 
 void WriteNestedArrays(ByteWriter& out, int count)
@@ -148,7 +152,8 @@ TEST(CookedScene, FaultsOfRecordsNameTheEntity)
     Scene scene;
     std::string error;
     EXPECT_FALSE(LoadScene(path, scene, assets, &error));
-    EXPECT_EQ(error, "Failed to load cooked scene entity 0: Entity is missing its TransformComponent record.");
+    EXPECT_EQ(error,
+              "Failed to load cooked scene entity 0: Entity is missing its TransformComponent record.");
 }
 
 TEST(CookedScene, FaultsOfThePayload)
@@ -156,53 +161,68 @@ TEST(CookedScene, FaultsOfThePayload)
     const std::string prefix = "Invalid cooked scene a.vscene: ";
     const std::pair<std::vector<std::byte>, std::string> rows[] = {
         {Wrap([](ByteWriter& out) { WriteSceneHead(out, 0); }), "none"},
-        {Wrap([](ByteWriter& out) { out.WriteU32(5); }), prefix + "Cooked scene holds scene version 5; recook the content."},
-        {Wrap([](ByteWriter& out) {
-             out.WriteU32(6);
-             out.WriteU8(2);
-         }),
+        {Wrap([](ByteWriter& out) { out.WriteU32(5); }),
+         prefix + "Cooked scene holds scene version 5; recook the content."},
+        {Wrap(
+             [](ByteWriter& out)
+             {
+                 out.WriteU32(6);
+                 out.WriteU8(2);
+             }),
          prefix + "Malformed environment flag."},
-        {Wrap([](ByteWriter& out) {
-             out.WriteU32(6);
-             out.WriteU8(1);
-             out.WriteString("Other");
-             out.WriteU32(1);
-             out.WriteU32(0);
-         }),
+        {Wrap(
+             [](ByteWriter& out)
+             {
+                 out.WriteU32(6);
+                 out.WriteU8(1);
+                 out.WriteString("Other");
+                 out.WriteU32(1);
+                 out.WriteU32(0);
+             }),
          prefix + "Malformed environment record."},
-        {Wrap([](ByteWriter& out) {
-             WriteSceneHead(out, 0);
-             out.WriteU8(0);
-         }),
+        {Wrap(
+             [](ByteWriter& out)
+             {
+                 WriteSceneHead(out, 0);
+                 out.WriteU8(0);
+             }),
          prefix + "Trailing data after the last entity."},
-        {Wrap([](ByteWriter& out) {
-             WriteSceneHead(out, 2);
-             out.WriteBytes(std::vector<std::byte>(81));
-         }),
+        {Wrap(
+             [](ByteWriter& out)
+             {
+                 WriteSceneHead(out, 2);
+                 out.WriteBytes(std::vector<std::byte>(81));
+             }),
          prefix + "Cooked item count exceeds the data."},
-        {Wrap([](ByteWriter& out) {
-             WriteSceneHead(out, 1);
-             out.WriteBytes(std::vector<std::byte>(41));
-         }),
+        {Wrap(
+             [](ByteWriter& out)
+             {
+                 WriteSceneHead(out, 1);
+                 out.WriteBytes(std::vector<std::byte>(41));
+             }),
          prefix + "Null entity GUID."},
         {WrapValue([](ByteWriter& out) { out.WriteU8(3); }), prefix + "Unknown record value tag."},
         {WrapValue([](ByteWriter& out) { WriteNestedArrays(out, 16); }), "none"},
         {WrapValue([](ByteWriter& out) { WriteNestedArrays(out, 17); }),
          prefix + "Record nesting exceeds the schema depth limit."},
-        {WrapEntity([](ByteWriter& out) {
-             out.WriteU32(1);
-             out.WriteU64(0);
-             out.WriteString("");
-             out.WriteU64(0);
-         }),
+        {WrapEntity(
+             [](ByteWriter& out)
+             {
+                 out.WriteU32(1);
+                 out.WriteU64(0);
+                 out.WriteString("");
+                 out.WriteU64(0);
+             }),
          prefix + "Record without a type name."},
-        {WrapEntity([](ByteWriter& out) {
-             out.WriteU32(1);
-             out.WriteU64(0);
-             out.WriteString("EnvironmentSettings");
-             out.WriteU32(1);
-             out.WriteU32(0);
-         }),
+        {WrapEntity(
+             [](ByteWriter& out)
+             {
+                 out.WriteU32(1);
+                 out.WriteU64(0);
+                 out.WriteString("EnvironmentSettings");
+                 out.WriteU32(1);
+                 out.WriteU32(0);
+             }),
          prefix + "Environment record inside an entity."},
     };
     for (const auto& [bytes, expected] : rows)
@@ -215,13 +235,15 @@ TEST(CookedScene, SizesThatAreStoredCanNotBeTooSmall)
 {
     for (const std::uint64_t stored : {std::uint64_t{0}, std::uint64_t{500}, kUnknownEncodedBytes})
     {
-        const std::vector<std::byte> bytes = WrapEntity([&](ByteWriter& out) {
-            out.WriteU32(1);
-            out.WriteU64(stored);
-            out.WriteString("R");
-            out.WriteU32(1);
-            out.WriteU32(0);
-        });
+        const std::vector<std::byte> bytes = WrapEntity(
+            [&](ByteWriter& out)
+            {
+                out.WriteU32(1);
+                out.WriteU64(stored);
+                out.WriteString("R");
+                out.WriteU32(1);
+                out.WriteU32(0);
+            });
         SceneStage stage;
         std::string error;
         ASSERT_TRUE(DecodeCookedScene(bytes, stage, "a", error)) << error;
@@ -237,7 +259,8 @@ TEST(CookedScene, NoCutOrFlippedFileIsTakenForAWholeOne)
     ASSERT_TRUE(CookScene(folder.Write("text.vscene", kSceneText), cooked, error)) << error;
     for (std::size_t size = 0; size < cooked.size(); ++size)
     {
-        EXPECT_NE(DecodeError({cooked.begin(), cooked.begin() + static_cast<std::ptrdiff_t>(size)}), "none") << size;
+        EXPECT_NE(DecodeError({cooked.begin(), cooked.begin() + static_cast<std::ptrdiff_t>(size)}), "none")
+            << size;
     }
     for (std::size_t bit = 0; bit < 8 * 32; ++bit) // what follows the checksum in the header is reserved
     {
@@ -249,7 +272,8 @@ TEST(CookedScene, NoCutOrFlippedFileIsTakenForAWholeOne)
     const std::vector<std::byte> payload(cooked.begin() + 40, cooked.end());
     for (std::size_t size = 0; size < payload.size(); ++size)
     {
-        const auto cut = Assets::WrapContainer(Assets::ContainerKind("SCNE"), 1, std::span(payload).first(size));
+        const auto cut =
+            Assets::WrapContainer(Assets::ContainerKind("SCNE"), 1, std::span(payload).first(size));
         EXPECT_NE(DecodeError(cut), "none") << size;
     }
 }

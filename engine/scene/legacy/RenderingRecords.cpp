@@ -126,13 +126,13 @@ void CompleteMeshRenderer(MeshRendererComponent& renderer, Assets::AssetManager&
         return;
     }
     const Assets::MeshAsset* const mesh = assets.FindMesh(renderer.mesh);
-    if (mesh == nullptr || mesh->submeshCount == 0)
+    if (mesh == nullptr || mesh->submeshes.empty())
     {
         return;
     }
-    if (renderer.materialSlots.size() < mesh->submeshCount)
+    if (renderer.materialSlots.size() < mesh->submeshes.size())
     {
-        renderer.materialSlots.resize(mesh->submeshCount, renderer.material);
+        renderer.materialSlots.resize(mesh->submeshes.size(), renderer.material);
     }
     std::replace(renderer.materialSlots.begin(), renderer.materialSlots.end(), Assets::AssetId{0},
                  renderer.material);
