@@ -5,8 +5,8 @@
 
 #include <span>
 
-/// The input is a payload, wrapped here so that it passes the checksum. What is read as a scene or as a mesh is
-/// written and read again as the same bytes.
+/// The input is a payload, wrapped here so that it passes the checksum. What is read as a scene or as a mesh
+/// is written and read again as the same bytes.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     using namespace Vornu;
@@ -20,8 +20,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     {
         const auto first = Scene::EncodeCookedScene(stage);
         Scene::SceneStage again;
-        Fuzz::Require(Scene::DecodeCookedScene(first, again, "scene", error), "an encoded scene doesn't decode");
-        Fuzz::Require(Scene::EncodeCookedScene(again) == first, "a cooked scene changed over a write and a read");
+        Fuzz::Require(Scene::DecodeCookedScene(first, again, "scene", error),
+                      "an encoded scene doesn't decode");
+        Fuzz::Require(Scene::EncodeCookedScene(again) == first,
+                      "a cooked scene changed over a write and a read");
     }
 
     Assets::MeshAsset mesh;

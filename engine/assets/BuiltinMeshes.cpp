@@ -232,8 +232,7 @@ MeshAsset MakeTorus()
 MeshAsset MakeDiamond()
 {
     constexpr float kHalf = 0.5f;
-    const std::array<glm::vec3, 4> belt = {
-        {{kHalf, 0, 0}, {0, 0, -kHalf}, {-kHalf, 0, 0}, {0, 0, kHalf}}};
+    const std::array<glm::vec3, 4> belt = {{{kHalf, 0, 0}, {0, 0, -kHalf}, {-kHalf, 0, 0}, {0, 0, kHalf}}};
     MeshBuilder builder;
     for (std::size_t i = 0; i < belt.size(); ++i)
     {

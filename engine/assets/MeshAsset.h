@@ -22,8 +22,8 @@ struct MeshVertex
     glm::vec4 color{1.0f};
     glm::vec3 normal{0.0f, 1.0f, 0.0f};
     glm::vec2 texCoord{0.0f};
-    glm::vec4 tangent{1.0f, 0.0f, 0.0f, 1.0f};      // w: the sign of the bitangent, cross(normal, tangent) * w
-    std::array<std::byte, 32> skinning{};           // zero in a static mesh
+    glm::vec4 tangent{1.0f, 0.0f, 0.0f, 1.0f}; // w: the sign of the bitangent, cross(normal, tangent) * w
+    std::array<std::byte, 32> skinning{};      // zero in a static mesh
 
     friend bool operator==(const MeshVertex&, const MeshVertex&) = default;
 };

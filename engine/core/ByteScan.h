@@ -32,8 +32,9 @@ inline std::uint64_t LoadBytes(const char* at) noexcept
     return bytes;
 }
 
-/// The first control character, double quote or backslash from `at` on; `end` when there is none.
-inline const char* SkipPlainBytes(const char* at, const char* end) noexcept
+/// The first control character, double quote or backslash from `at` on; `end` when there is none. `begin` is
+/// the start of the memory that `at` and `end` lie in, which may be read as well.
+inline const char* SkipPlainBytes(const char* begin, const char* at, const char* end) noexcept
 {
     while (static_cast<std::size_t>(end - at) >= kScanWidth)
     {
@@ -43,6 +44,13 @@ inline const char* SkipPlainBytes(const char* at, const char* end) noexcept
         {
             return at;
         }
+    }
+    if (static_cast<std::size_t>(end - begin) >= kScanWidth && at != end)
+    {
+        // The last eight bytes with the ones in front of `at` shifted out; zeros come in behind and stop the
+        // scan.
+        const auto rest = static_cast<std::size_t>(end - at);
+        return at + PlainBytes(LoadBytes(end - kScanWidth) >> (8 * (kScanWidth - rest)));
     }
     while (at != end && static_cast<unsigned char>(*at) >= ' ' && *at != '"' && *at != '\\')
     {

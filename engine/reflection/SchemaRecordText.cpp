@@ -116,8 +116,9 @@ private:
     void ReadField(SchemaRecord& record, FieldNameFilter& names, std::uint32_t depth)
     {
         SchemaLine line = NextLine();
-        const std::string_view word = line.ReadWord();
-        const bool isLeaf = word == "property";
+        const bool isLeafLine = line.TakeFirstWord("property ");
+        const std::string_view word = isLeafLine ? "property" : line.ReadWord();
+        const bool isLeaf = isLeafLine || word == "property";
         const bool isObject = !isLeaf && word == "object_property";
         if (!isLeaf && !isObject && word != "array_property")
         {

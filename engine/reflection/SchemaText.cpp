@@ -215,10 +215,10 @@ std::string_view SchemaLine::ReadQuoted(SchemaArena& arena)
         throw std::runtime_error("Malformed quoted schema token.");
     }
     const char* const begin = ++at_;
-    at_ = Core::SkipPlainBytes(at_, end_);
+    at_ = Core::SkipPlainBytes(begin_, at_, end_);
     while (at_ != end_ && !StopsToken(*at_))
     {
-        at_ = Core::SkipPlainBytes(at_ + 1, end_);
+        at_ = Core::SkipPlainBytes(begin_, at_ + 1, end_);
     }
     if (at_ == end_)
     {
@@ -306,6 +306,17 @@ char* WriteEscaped(char* out, std::string_view text)
                 out += sizeof bytes;
                 at += sizeof bytes;
                 continue;
+            }
+        }
+        else if (text.size() >= Core::kScanWidth)
+        {
+            // The rest goes with the plain bytes in front of it, which are written once more.
+            const auto rest = static_cast<std::size_t>(end - at);
+            const std::uint64_t bytes = Core::LoadBytes(end - Core::kScanWidth);
+            if (Core::PlainBytes(bytes) == Core::kScanWidth)
+            {
+                std::memcpy(out + rest - sizeof bytes, &bytes, sizeof bytes);
+                return out + rest;
             }
         }
         const char escape = kEscapes[static_cast<unsigned char>(*at)];

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 /// Tokens and leaf values of schema text. Faults throw `std::runtime_error`.
@@ -42,7 +43,21 @@ struct SchemaBudget : FieldBudget
 class SchemaLine
 {
 public:
-    explicit SchemaLine(std::string_view line) noexcept : at_(line.data()), end_(line.data() + line.size()) {}
+    explicit SchemaLine(std::string_view line) noexcept
+        : begin_(line.data()), at_(begin_), end_(begin_ + line.size())
+    {
+    }
+
+    /// Takes a word with the blank behind it when the line begins with them; a short cut for `ReadWord`.
+    template<std::size_t Size>
+    bool TakeFirstWord(const char (&wordAndBlank)[Size]) noexcept
+    {
+        constexpr std::size_t kLength = Size - 1;
+        const bool taken =
+            static_cast<std::size_t>(end_ - at_) >= kLength && std::memcmp(at_, wordAndBlank, kLength) == 0;
+        at_ += taken ? kLength : 0;
+        return taken;
+    }
 
     /// The next word up to white space; empty at the end of the line.
     std::string_view ReadWord() noexcept;
@@ -59,6 +74,7 @@ public:
 private:
     std::string_view ReadEscaped(const char* begin, SchemaArena& arena);
 
+    const char* begin_;
     const char* at_;
     const char* end_;
 };

@@ -55,8 +55,10 @@ TEST(CookedContainer, ReportsTheFirstFault)
     EXPECT_EQ(OpenError(whole), "none");
     EXPECT_EQ(OpenError(WrapContainer(ContainerKind("VMAT"), 2, {})), "none");
     const std::string prefix = "Invalid cooked file a.vmat: ";
-    EXPECT_EQ(OpenError({whole.begin(), whole.begin() + 39}), prefix + "unknown header or container version.");
-    EXPECT_EQ(OpenError(WrapContainer(ContainerKind("CLIP"), 2, {})), prefix + "it holds a different kind of asset.");
+    EXPECT_EQ(OpenError({whole.begin(), whole.begin() + 39}),
+              prefix + "unknown header or container version.");
+    EXPECT_EQ(OpenError(WrapContainer(ContainerKind("CLIP"), 2, {})),
+              prefix + "it holds a different kind of asset.");
     EXPECT_EQ(OpenError(WrapContainer(ContainerKind("VMAT"), 3, {})),
               prefix + "format version 3, expected 2; recook the content.");
     EXPECT_EQ(OpenError({whole.begin(), whole.end() - 1}), prefix + "truncated or oversized payload.");
@@ -83,7 +85,8 @@ TEST(CookedContainer, FilesAreWrittenWholeWithTheirFolders)
     EXPECT_FALSE(WriteFileAtomically(folder / "x/y/a.bin/b", Bytes("data"), &error));
     EXPECT_EQ(error, "Failed to create " + (folder / "x/y/a.bin").native() + ": Not a directory");
     EXPECT_FALSE(WriteFileAtomically(folder / "x/y", Bytes("data"), &error));
-    EXPECT_EQ(error, "Failed to replace " + (folder / "x/y").native() + ": Failed to replace file: Is a directory");
+    EXPECT_EQ(error,
+              "Failed to replace " + (folder / "x/y").native() + ": Failed to replace file: Is a directory");
     EXPECT_EQ(ReadWholeFile(folder / "none", &error), std::nullopt);
     EXPECT_EQ(error, "Failed to open " + (folder / "none").native());
     EXPECT_EQ(ReadWholeFile(folder / "x", &error), std::nullopt);
@@ -150,7 +153,8 @@ TEST(CookedManifest, BrokenLinesAreNamed)
 {
     const TestFolder folder;
     const std::string path = (folder / "m").native();
-    const std::string good = "asset 00000000-0000-0001-0000-000000000002 Mesh \"n\" \"\" \"\" \"\" \"\" 0 0 0 a b \"\" c \"\" 1 0";
+    const std::string good =
+        "asset 00000000-0000-0001-0000-000000000002 Mesh \"n\" \"\" \"\" \"\" \"\" 0 0 0 a b \"\" c \"\" 1 0";
     const std::pair<std::string, std::string> rows[] = {
         {"vornu_cooked_manifest 3\n\nnew_word x\n" + good + "\ndependency \"p\" 1f\n", ""},
         {"vornu_cooked_manifest 4\n", "Invalid cooked asset manifest header: " + path},

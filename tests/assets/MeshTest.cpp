@@ -76,7 +76,8 @@ TEST(BuiltinMeshes, AreTheShapesThatTheirNamesSay)
         double volume = 0;
         for (std::size_t i = 0; i < mesh.indices.size(); i += 3)
         {
-            const MeshVertex* const corners[] = {&mesh.vertices[mesh.indices[i]], &mesh.vertices[mesh.indices[i + 1]],
+            const MeshVertex* const corners[] = {&mesh.vertices[mesh.indices[i]],
+                                                 &mesh.vertices[mesh.indices[i + 1]],
                                                  &mesh.vertices[mesh.indices[i + 2]]};
             const glm::vec3 normal = glm::cross(corners[1]->position - corners[0]->position,
                                                 corners[2]->position - corners[0]->position);
@@ -85,7 +86,8 @@ TEST(BuiltinMeshes, AreTheShapesThatTheirNamesSay)
             volume += glm::dot(corners[0]->position, normal) / 6;
             for (const MeshVertex* const corner : corners)
             {
-                EXPECT_GT(glm::dot(corner->normal, normal), 0.0f) << shape.name << ": the normal looks inwards";
+                EXPECT_GT(glm::dot(corner->normal, normal), 0.0f)
+                    << shape.name << ": the normal looks inwards";
             }
         }
         EXPECT_NEAR(area, shape.area, shape.area * shape.tolerance) << shape.name;
@@ -122,8 +124,10 @@ TEST(BuiltinMeshes, HaveUsableVerticesBoundsAndOneSubmesh)
             const glm::vec2 v = c.texCoord - a.texCoord;
             const float facing = u.x * v.y - u.y * v.x;
             EXPECT_NE(facing, 0.0f) << builtin.name;
-            const glm::vec3 along = ((b.position - a.position) * v.y - (c.position - a.position) * u.y) / facing;
-            EXPECT_GT(glm::dot(along, glm::vec3(a.tangent) + glm::vec3(b.tangent) + glm::vec3(c.tangent)), 0.0f)
+            const glm::vec3 along =
+                ((b.position - a.position) * v.y - (c.position - a.position) * u.y) / facing;
+            EXPECT_GT(glm::dot(along, glm::vec3(a.tangent) + glm::vec3(b.tangent) + glm::vec3(c.tangent)),
+                      0.0f)
                 << builtin.name;
             EXPECT_EQ(facing > 0, a.tangent.w > 0) << builtin.name;
         }

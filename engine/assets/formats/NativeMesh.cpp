@@ -164,21 +164,26 @@ MeshAsset ReadMeshRecord(Core::ByteReader& reader)
     mesh.bounds.radius = ReadFloat(reader);
     ReadList(reader, kVertexSize, mesh.vertices, [&](MeshVertex& vertex) { ReadVertex(reader, vertex); });
     ReadList(reader, kIndexSize, mesh.indices, [&](std::uint32_t& index) { index = reader.ReadU32(); });
-    ReadList(reader, kMinSubmeshSize, mesh.submeshes, [&](MeshSubmesh& submesh) {
-        submesh.firstIndex = reader.ReadU32();
-        submesh.indexCount = reader.ReadU32();
-        submesh.materialSlot = reader.ReadU32();
-        submesh.name = reader.ReadString(kNoLimit);
-    });
-    ReadList(reader, kLodSize, mesh.lods, [&](MeshLod& lod) {
-        lod.mesh = reader.ReadU64();
-        lod.distance = ReadFloat(reader);
-        reader.ReadU32();
-    });
+    ReadList(reader, kMinSubmeshSize, mesh.submeshes,
+             [&](MeshSubmesh& submesh)
+             {
+                 submesh.firstIndex = reader.ReadU32();
+                 submesh.indexCount = reader.ReadU32();
+                 submesh.materialSlot = reader.ReadU32();
+                 submesh.name = reader.ReadString(kNoLimit);
+             });
+    ReadList(reader, kLodSize, mesh.lods,
+             [&](MeshLod& lod)
+             {
+                 lod.mesh = reader.ReadU64();
+                 lod.distance = ReadFloat(reader);
+                 reader.ReadU32();
+             });
     mesh.skinned = reader.ReadU8() != 0;
     mesh.rootBone = reader.ReadU32();
     ReadMatrix(reader, mesh.rootTransform);
-    ReadList(reader, kMatrixSize, mesh.inverseBindMatrices, [&](glm::mat4& matrix) { ReadMatrix(reader, matrix); });
+    ReadList(reader, kMatrixSize, mesh.inverseBindMatrices,
+             [&](glm::mat4& matrix) { ReadMatrix(reader, matrix); });
     ReadList(reader, kIndexSize, mesh.joints, [&](std::uint32_t& joint) { joint = reader.ReadU32(); });
     RequireInside(mesh);
     return mesh;
@@ -192,25 +197,31 @@ void WriteMeshRecord(Core::ByteWriter& writer, const MeshAsset& mesh)
     WriteFloat(writer, mesh.bounds.radius);
     WriteList(writer, mesh.vertices, [&](const MeshVertex& vertex) { WriteVertex(writer, vertex); });
     WriteList(writer, mesh.indices, [&](std::uint32_t index) { writer.WriteU32(index); });
-    WriteList(writer, mesh.submeshes, [&](const MeshSubmesh& submesh) {
-        writer.WriteU32(submesh.firstIndex);
-        writer.WriteU32(submesh.indexCount);
-        writer.WriteU32(submesh.materialSlot);
-        writer.WriteString(submesh.name);
-    });
-    WriteList(writer, mesh.lods, [&](const MeshLod& lod) {
-        writer.WriteU64(lod.mesh);
-        WriteFloat(writer, lod.distance);
-        writer.WriteU32(0);
-    });
+    WriteList(writer, mesh.submeshes,
+              [&](const MeshSubmesh& submesh)
+              {
+                  writer.WriteU32(submesh.firstIndex);
+                  writer.WriteU32(submesh.indexCount);
+                  writer.WriteU32(submesh.materialSlot);
+                  writer.WriteString(submesh.name);
+              });
+    WriteList(writer, mesh.lods,
+              [&](const MeshLod& lod)
+              {
+                  writer.WriteU64(lod.mesh);
+                  WriteFloat(writer, lod.distance);
+                  writer.WriteU32(0);
+              });
     writer.WriteU8(mesh.skinned ? 1 : 0);
     writer.WriteU32(mesh.rootBone);
     WriteMatrix(writer, mesh.rootTransform);
-    WriteList(writer, mesh.inverseBindMatrices, [&](const glm::mat4& matrix) { WriteMatrix(writer, matrix); });
+    WriteList(writer, mesh.inverseBindMatrices,
+              [&](const glm::mat4& matrix) { WriteMatrix(writer, matrix); });
     WriteList(writer, mesh.joints, [&](std::uint32_t joint) { writer.WriteU32(joint); });
 }
 
-bool ParseNativeMesh(std::span<const std::byte> bytes, std::string_view subject, MeshAsset& mesh, std::string& error)
+bool ParseNativeMesh(std::span<const std::byte> bytes, std::string_view subject, MeshAsset& mesh,
+                     std::string& error)
 {
     const auto payload = OpenContainerOrRaw(bytes, ContainerKind("MESH"), kContainerFormat, subject, &error);
     if (!payload)

@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-/// The `.vmesh` format: a mesh record, bare or in a cooked container of kind "MESH", and an optional trailer that
-/// ties the file to the source that it was made from.
+/// The `.vmesh` format: a mesh record, bare or in a cooked container of kind "MESH", and an optional trailer
+/// that ties the file to the source that it was made from.
 namespace Vornu::Assets
 {
 
@@ -24,8 +24,8 @@ struct NativeMeshSource
     std::uint64_t secondStamp = 0;
 };
 
-/// The record that `.vmesh` files and scene caches share. Throws `std::runtime_error` when the data ends early or
-/// points out of itself.
+/// The record that `.vmesh` files and scene caches share. Throws `std::runtime_error` when the data ends
+/// early or points out of itself.
 MeshAsset ReadMeshRecord(Core::ByteReader& reader);
 void WriteMeshRecord(Core::ByteWriter& writer, const MeshAsset& mesh);
 
