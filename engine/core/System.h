@@ -30,7 +30,7 @@ std::string SystemErrorText(const std::error_code& error);
 
 // The standard library's file operations with errors of one form: each throws a
 // `std::filesystem::filesystem_error` whose text starts with the operation's name, as in
-// `exists: Permission denied: "/root/a"`.
+// `exists: Permission denied: "Content/a"`.
 
 /// Throws as "create_directories".
 bool CreateDirectories(const std::filesystem::path& path);

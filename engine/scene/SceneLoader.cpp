@@ -9,6 +9,7 @@
 #include "engine/scene/EntityRecordStage.h"
 #include "engine/scene/Environment.h"
 #include "engine/scene/Hierarchy.h"
+#include "engine/scene/LoadFault.h"
 #include "engine/scene/MissingComponents.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
@@ -26,13 +27,6 @@ namespace Vornu::Scene
 {
 namespace
 {
-
-/// A failure whose text goes to the caller as it stands.
-class LoadFault : public std::runtime_error
-{
-public:
-    using std::runtime_error::runtime_error;
-};
 
 /// Where a fault stands: its line in a text scene, the number of its entity in a cooked one.
 std::string FaultAt(std::uint32_t line, std::size_t entity, const std::exception& fault)
@@ -273,25 +267,7 @@ void Load(const std::filesystem::path& path, Scene& target, Assets::AssetManager
 bool LoadScene(const std::filesystem::path& path, Scene& target, Assets::AssetManager& assets,
                std::string* error)
 {
-    std::string message;
-    try
-    {
-        Load(path, target, assets);
-    }
-    catch (const LoadFault& fault)
-    {
-        message = fault.what();
-    }
-    catch (const std::exception& fault)
-    {
-        message = std::string("Failed to load scene: ") + fault.what();
-    }
-    const bool loaded = message.empty();
-    if (error != nullptr)
-    {
-        *error = std::move(message);
-    }
-    return loaded;
+    return CatchLoadFaults(error, [&] { Load(path, target, assets); });
 }
 
 } // namespace Vornu::Scene

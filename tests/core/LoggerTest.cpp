@@ -122,7 +122,7 @@ TEST(LogLevels, SpecsApplyInOrderAndReportWhatIsUnknown)
     // One digit per category: the least level that is let through.
     const struct
     {
-        const char* spec;
+        const char* text;
         bool valid;
         const char* expected;
     } rows[] = {
@@ -141,7 +141,7 @@ TEST(LogLevels, SpecsApplyInOrderAndReportWhatIsUnknown)
     for (const auto& row : rows)
     {
         QuietLogger logger;
-        EXPECT_EQ(logger.ApplyLevelSpec(row.spec), row.valid) << row.spec;
+        EXPECT_EQ(logger.ApplyLevelSpec(row.text), row.valid) << row.text;
         std::string levels;
         for (int category = 0; category < 10; ++category)
         {
@@ -153,7 +153,7 @@ TEST(LogLevels, SpecsApplyInOrderAndReportWhatIsUnknown)
             }
             levels += std::to_string(level);
         }
-        EXPECT_EQ(levels, row.expected) << row.spec;
+        EXPECT_EQ(levels, row.expected) << row.text;
     }
 }
 

@@ -1,4 +1,5 @@
 #include "engine/scene/Environment.h"
+#include "engine/scene/LoadFault.h"
 #include "engine/scene/legacy/Records.h"
 
 #include <array>
@@ -45,7 +46,7 @@ void ReadPostProcessV2(RecordLine& line, EnvironmentSettings& environment)
               settings.atmosphericFogScatteringStrength, settings.atmosphericFogAnisotropy);
     if (!line)
     {
-        throw DirectFault("Malformed post_process_v2 record.");
+        throw LoadFault("Malformed post_process_v2 record.");
     }
 }
 

@@ -8,6 +8,7 @@
 #include "engine/reflection/SchemaCodec.h"
 #include "engine/reflection/SchemaRecordText.h"
 #include "engine/scene/Environment.h"
+#include "engine/scene/LoadFault.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/legacy/Records.h"
 #include "engine/scene/legacy/SceneAssembly.h"
@@ -159,7 +160,7 @@ private:
         }
         if (version < 1 || version > static_cast<std::int32_t>(kNamedRecordsVersion))
         {
-            throw DirectFault("Unsupported scene format version.");
+            throw LoadFault("Unsupported scene format version.");
         }
         scene_.version = static_cast<std::uint32_t>(version);
     }
@@ -346,7 +347,7 @@ void ReadFile(const std::filesystem::path& path, Scene& target, Assets::AssetMan
     Core::InputFile file(path);
     if (!file.IsOpen())
     {
-        throw DirectFault("Failed to open scene file for reading.");
+        throw LoadFault("Failed to open scene file for reading.");
     }
     const Assets::AssetRegistry& registry = assets.GetRegistry();
     const Reflection::SchemaCodecContext codec = Assets::MakeSceneCodecContext(registry);
@@ -360,22 +361,22 @@ void ReadFile(const std::filesystem::path& path, Scene& target, Assets::AssetMan
     {
         loop.Read();
     }
-    catch (const DirectFault&)
+    catch (const LoadFault&)
     {
         throw;
     }
     catch (const std::exception& fault)
     {
-        throw DirectFault("Failed to parse scene file at line " + std::to_string(loop.LineNumber()) + ": " +
-                          fault.what());
+        throw LoadFault("Failed to parse scene file at line " + std::to_string(loop.LineNumber()) + ": " +
+                        fault.what());
     }
     if (assembly.version == 0)
     {
-        throw DirectFault("Scene file is missing a valid header.");
+        throw LoadFault("Scene file is missing a valid header.");
     }
     if (source.Failed() || (assembly.version == kNamedRecordsVersion && loop.IsInEntity()))
     {
-        throw DirectFault("Scene read failed or entity terminator is missing.");
+        throw LoadFault("Scene read failed or entity terminator is missing.");
     }
     target = assembly.Finish();
 }
@@ -384,25 +385,7 @@ void ReadFile(const std::filesystem::path& path, Scene& target, Assets::AssetMan
 
 bool Load(const std::filesystem::path& path, Scene& scene, Assets::AssetManager& assets, std::string* error)
 {
-    std::string message;
-    try
-    {
-        ReadFile(path, scene, assets);
-    }
-    catch (const DirectFault& fault)
-    {
-        message = fault.what();
-    }
-    catch (const std::exception& fault)
-    {
-        message = std::string("Failed to load scene: ") + fault.what();
-    }
-    const bool loaded = message.empty();
-    if (error != nullptr)
-    {
-        *error = std::move(message);
-    }
-    return loaded;
+    return CatchLoadFaults(error, [&] { ReadFile(path, scene, assets); });
 }
 
 } // namespace Vornu::Scene::Legacy

@@ -6,7 +6,6 @@
 
 #include <glm/vec3.hpp>
 
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -17,13 +16,6 @@ class AssetRegistry;
 
 namespace Vornu::Scene::Legacy
 {
-
-/// A fault whose text goes to the caller without the line.
-class DirectFault : public std::runtime_error
-{
-public:
-    using std::runtime_error::runtime_error;
-};
 
 /// Marks a field that is an asset reference: text that resolves to an id, and to 0 when unknown.
 struct AssetField
