@@ -544,10 +544,29 @@ void TaskSystem::Shutdown(bool cancel)
         CancelQueued();
         return;
     }
+    RunLeftTasks();
+}
+
+void TaskSystem::RunLeftTasks()
+{
+    // Not by the queued counts: a producer may have pushed its task and not counted it yet.
     for (std::size_t priority = 0; priority < kPriorityCount; ++priority)
     {
-        while (RunQueued(static_cast<TaskPriority>(priority)))
+        const auto runAll = [this, priority](WorkQueue& queue)
         {
+            for (Task& task : queue.TakeAll())
+            {
+                queued_[priority].fetch_sub(1);
+                RunTask(task, static_cast<TaskPriority>(priority));
+            }
+        };
+        runAll(global_[priority]);
+        for (const std::unique_ptr<Worker>& worker : workers_)
+        {
+            if (priority < worker->queues.size())
+            {
+                runAll(worker->queues[priority]);
+            }
         }
     }
 }

@@ -178,6 +178,7 @@ private:
     void WakeAllIfSleeping() noexcept;
 
     bool IsOwnThread() const noexcept;
+    void RunLeftTasks();
     void CancelQueued();
     void CancelQueue(WorkQueue& queue, std::size_t priority, const std::exception_ptr& exception);
 

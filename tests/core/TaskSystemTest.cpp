@@ -31,23 +31,28 @@ TaskSystemConfig Threads(std::uint32_t workers, std::uint32_t io = 0)
 class LoggedMessages
 {
 public:
-    LoggedMessages()
-    {
-        std::vector<LogRecord> records;
-        start_ = GetLogger().HistorySince(0, records);
-    }
+    /// How often the text stands among all messages of the process.
+    static int CountInProcess(std::string_view text) { return CountSince(0, text); }
 
-    int Count(std::string_view text) const
+    int Count(std::string_view text) const { return CountSince(start_, text); }
+
+private:
+    static int CountSince(std::uint64_t start, std::string_view text)
     {
         std::vector<LogRecord> records;
-        GetLogger().HistorySince(start_, records);
+        GetLogger().HistorySince(start, records);
         return static_cast<int>(std::count_if(records.begin(), records.end(),
                                               [text](const LogRecord& record)
                                               { return record.message == text; }));
     }
 
-private:
-    std::uint64_t start_ = 0;
+    static std::uint64_t LastSequence()
+    {
+        std::vector<LogRecord> records;
+        return GetLogger().HistorySince(0, records);
+    }
+
+    std::uint64_t start_ = LastSequence();
 };
 
 std::string WaitFailure(TaskSystem& system, const CounterHandle& counter)
@@ -98,14 +103,14 @@ private:
     CounterHandle counter_;
 };
 
-// The first test: the warning comes once per process.
 TEST(TaskSystem, ProcessWithoutSystemRunsTasksInlineAndWarnsOnce)
 {
-    const LoggedMessages log;
     const std::thread::id self = std::this_thread::get_id();
     TaskSystem& system = TaskSystem::Get();
     EXPECT_EQ(&TaskSystem::Get(), &system);
-    EXPECT_EQ(log.Count("TaskSystem::Get() used without an installed task system; tasks run inline."), 1);
+    EXPECT_EQ(LoggedMessages::CountInProcess(
+                  "TaskSystem::Get() used without an installed task system; tasks run inline."),
+              1);
     EXPECT_TRUE(system.IsInline());
     EXPECT_EQ(system.BackgroundLimit(), 0u);
 
