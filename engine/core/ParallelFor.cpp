@@ -11,10 +11,12 @@ namespace
 /// spare them the shared number.
 constexpr std::size_t kClaimsPerRunner = 64;
 
+} // namespace
+
 /// What the runners of one loop share.
-struct RangeLoop
+struct TaskSystem::RangeLoop
 {
-    FunctionRef<void(std::size_t, std::size_t)> function;
+    ClaimFunction runClaim;
     std::size_t count;
     std::size_t grain;
     std::size_t rangeCount;
@@ -22,31 +24,18 @@ struct RangeLoop
     alignas(64) std::atomic<std::size_t> nextRange = 0;
     alignas(64) std::atomic<bool> stop = false;
 
-    void RunRange(std::size_t range) const
-    {
-        const std::size_t first = range * grain;
-        function(first, first + std::min(grain, count - first));
-    }
-
     /// Runs ranges until none is left.
     void Drain()
     {
-        while (true)
+        while (!stop.load(std::memory_order_relaxed))
         {
             const std::size_t first = nextRange.fetch_add(rangesPerClaim, std::memory_order_relaxed);
             if (first >= rangeCount)
             {
                 return;
             }
-            const std::size_t end = first + std::min(rangesPerClaim, rangeCount - first);
-            for (std::size_t range = first; range < end; ++range)
-            {
-                if (stop.load(std::memory_order_relaxed))
-                {
-                    return;
-                }
-                RunRange(range);
-            }
+            const bool isLast = rangeCount - first <= rangesPerClaim;
+            runClaim({first * grain, isLast ? count : (first + rangesPerClaim) * grain, stop});
         }
     }
 
@@ -64,14 +53,12 @@ struct RangeLoop
     }
 };
 
-} // namespace
-
 void TaskSystem::ParallelForRanges(std::size_t count, std::size_t grain, TaskPriority priority,
-                                   RangeFunction function)
+                                   ClaimFunction runClaim)
 {
     const std::size_t rangeCount = count / grain + (count % grain == 0 ? 0 : 1);
     const std::size_t runners = std::min(workers_.size() + 1, rangeCount);
-    RangeLoop loop{.function = function,
+    RangeLoop loop{.runClaim = runClaim,
                    .count = count,
                    .grain = grain,
                    .rangeCount = rangeCount,

@@ -112,20 +112,31 @@ public:
     void ParallelFor(std::size_t count, std::size_t grain, std::optional<TaskPriority> priority,
                      Function&& function)
     {
-        const auto runRange = [&function](std::size_t first, std::size_t end)
-        {
-            for (std::size_t index = first; index < end; ++index)
-            {
-                function(index);
-            }
-        };
         grain = grain == 0 ? 1 : grain;
         if (count <= grain || workers_.empty())
         {
-            runRange(0, count);
+            for (std::size_t index = 0; index < count; ++index)
+            {
+                function(index);
+            }
             return;
         }
-        ParallelForRanges(count, grain, ParallelPriority(priority), runRange);
+        const auto runRanges = [&function, grain](const RangeClaim& claim)
+        {
+            for (std::size_t first = claim.first; first < claim.end; first += grain)
+            {
+                if (claim.stop.load(std::memory_order_relaxed))
+                {
+                    return;
+                }
+                const std::size_t end = claim.end - first < grain ? claim.end : first + grain;
+                for (std::size_t index = first; index < end; ++index)
+                {
+                    function(index);
+                }
+            }
+        };
+        ParallelForRanges(count, grain, ParallelPriority(priority), runRanges);
     }
 
     /// Ends the threads; from then on a task runs on the thread that submits it. Queued tasks are finished
@@ -145,7 +156,17 @@ private:
         std::thread thread;
     };
 
-    using RangeFunction = FunctionRef<void(std::size_t, std::size_t)>;
+    /// Indexes that one runner of a loop has taken: whole ranges, save for the last of all.
+    struct RangeClaim
+    {
+        std::size_t first;
+        std::size_t end;
+        /// No further range is to start.
+        const std::atomic<bool>& stop;
+    };
+    /// Runs the ranges of a claim, in order. A whole claim per call, as a call costs more than a small range.
+    using ClaimFunction = FunctionRef<void(const RangeClaim&)>;
+    struct RangeLoop;
 
     void StartThreads(std::uint32_t ioThreads);
     void RunWorker(std::uint32_t index);
@@ -184,7 +205,7 @@ private:
 
     static TaskPriority ParallelPriority(std::optional<TaskPriority> priority) noexcept;
     void ParallelForRanges(std::size_t count, std::size_t grain, TaskPriority priority,
-                           RangeFunction function);
+                           ClaimFunction runClaim);
 
     std::uint32_t backgroundLimit_ = 0;
     std::vector<std::unique_ptr<Worker>> workers_;
