@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs the benchmarks of a build folder and prints their figures with the ratios that matter.
 
-Usage: report.py <build folder> [stages] [instructions] [memory] [check]
+Usage: report.py <build folder> [stages] [instructions] [memory] [check] [tasks]
 """
 
 import json
@@ -19,6 +19,10 @@ INSTRUCTION_LIMIT = 2.5  # load and save of a scene over the same work on JSON
 MEMORY_FACTOR = 6  # peak of a conversion over the size of the file that it writes
 MEMORY_BASE = 30 * 1024 * 1024
 CHECK_LIMIT = 3.0  # time of --check over time of grep
+SUBMIT_LIMIT = 1.0  # submitting empty tasks and waiting, over oneTBB
+LOOP_LIMIT = 1.2  # a parallel loop over small items, over oneTBB
+LOOP_LIMIT_GRAINS = (64, 1024)
+SPEED_UP_GOAL = 1.9  # heavy items on one thread over the same on two
 
 
 def verdict(good):
@@ -144,9 +148,56 @@ def check(build):
     return ratio <= CHECK_LIMIT
 
 
+def best_times(program, repetitions):
+    """Nanoseconds of the best repetition, by name. The repetitions of the rows take turns."""
+    output = subprocess.run(
+        [program, "--benchmark_format=json", "--benchmark_min_time=0.05",
+         f"--benchmark_repetitions={repetitions}", "--benchmark_enable_random_interleaving=true"],
+        check=True, capture_output=True, text=True).stdout
+    times = {}
+    for entry in json.loads(output)["benchmarks"]:
+        if entry["run_type"] == "iteration":
+            scale = {"ns": 1, "us": 1e3, "ms": 1e6}[entry["time_unit"]]
+            name = entry["name"].removesuffix("/real_time")
+            times[name] = min(times.get(name, float("inf")), entry["real_time"] * scale)
+    return times
+
+
+def tasks(build):
+    """The task system on two threads, beside oneTBB. The best of 15 repetitions."""
+    times = best_times(f"{build}/bench/task_bench", 15)
+    good = True
+    print(f"{'':<30}{'us':>10}{'oneTBB us':>12}{'ratio':>8}")
+
+    def row(title, own, other, limit):
+        nonlocal good
+        ratio = own / other
+        mark = "" if limit is None else f" ({verdict(ratio <= limit)})"
+        good = good and (limit is None or ratio <= limit)
+        print(f"{title:<30}{own / 1e3:>10.2f}{other / 1e3:>12.2f}{ratio:>8.2f}{mark}")
+
+    for count in (1, 1000):
+        row(f"submit {count} and wait", times[f"submit/Vornu/{count}"], times[f"submit/oneTBB/{count}"],
+            SUBMIT_LIMIT)
+    for grain in (1, 64, 1024, 16384):
+        # Whichever of oneTBB's two ways of cutting ranges is faster.
+        other = min(times[f"small/oneTBB/{grain}"], times[f"small/oneTBB simple/{grain}"])
+        row(f"1,000,000 items, grain {grain}", times[f"small/Vornu/{grain}"], other,
+            LOOP_LIMIT if grain in LOOP_LIMIT_GRAINS else None)
+    for threads in (1, 2):
+        row(f"heavy items, threads: {threads}", times[f"heavy/Vornu/{threads}"],
+            times[f"heavy/oneTBB/{threads}"], None)
+    speed_up = times["heavy/Vornu/1"] / times["heavy/Vornu/2"]
+    good = good and speed_up >= SPEED_UP_GOAL
+    print(f"speed-up of heavy items on two threads: {speed_up:.2f} "
+          f"({'ok' if speed_up >= SPEED_UP_GOAL else 'TOO LITTLE'})")
+    return good
+
+
 def main():
     build = sys.argv[1]
-    known = {"stages": stages, "instructions": instructions, "memory": memory, "check": check}
+    known = {"stages": stages, "instructions": instructions, "memory": memory, "check": check,
+             "tasks": tasks}
     good = True
     for name in sys.argv[2:] or known:
         print(f"== {name}: {known[name].__doc__}", flush=True)

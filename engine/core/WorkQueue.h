@@ -1,0 +1,53 @@
+#pragma once
+
+#include "engine/core/AdaptiveMutex.h"
+#include "engine/core/TaskCounter.h"
+#include "engine/core/TaskFunction.h"
+
+#include <atomic>
+#include <cstddef>
+#include <vector>
+
+namespace Vornu::Core::Tasks
+{
+
+/// A callable and the group that it belongs to.
+struct Task
+{
+    TaskFunction function;
+    CounterHandle counter;
+};
+
+/// The tasks of one priority that wait at one place, oldest first. Safe from any thread.
+class alignas(64) WorkQueue
+{
+public:
+    /// Throws `std::bad_alloc`; `task` is then as it was.
+    void PushBack(Task& task);
+
+    /// The same, unless `closed` stands: false then, and `task` is as it was. A push that doesn't see the
+    /// flag is seen by every `TakeAll` after the flag was set.
+    bool PushBackUnless(const std::atomic<bool>& closed, Task& task);
+
+    /// The newest task; false if there is none.
+    bool PopBack(Task& task) noexcept;
+
+    /// The oldest task; false if there is none.
+    bool PopFront(Task& task) noexcept;
+
+    /// Everything, oldest first.
+    std::vector<Task> TakeAll();
+
+private:
+    void Append(Task& task);
+    void Grow();
+
+    AdaptiveMutex mutex_;
+    /// Written with the mutex held; read without it to pass by an empty queue.
+    std::atomic<std::size_t> size_ = 0;
+    std::size_t first_ = 0;
+    /// A ring whose length is a power of two; the entries outside the `size_` from `first_` are empty.
+    std::vector<Task> ring_;
+};
+
+} // namespace Vornu::Core::Tasks
