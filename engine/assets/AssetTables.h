@@ -3,6 +3,8 @@
 #include "engine/assets/AssetIdentity.h"
 #include "engine/assets/AssetRecord.h"
 #include "engine/assets/AssetScan.h"
+#include "engine/core/Guid.h"
+#include "engine/core/Hash.h"
 #include "engine/core/OrderedMap.h"
 
 #include <cstdint>

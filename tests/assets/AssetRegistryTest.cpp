@@ -10,7 +10,9 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <optional>
 #include <string>
+#include <thread>
 
 namespace fs = std::filesystem;
 
@@ -87,6 +89,31 @@ TEST_F(AssetRegistryMount, AuthoringGivesEveryAssetASidecarAndReadOnlyNone)
     EXPECT_EQ(record->path, root_ / "sub/Hero.fbx");
     EXPECT_EQ(record->kind, AssetKind::Scene);
     EXPECT_EQ(assets_.FindInfo(record->guid)->sidecarVersion, 1u);
+    EXPECT_EQ(log_.Take(), "");
+}
+
+TEST_F(AssetRegistryMount, ASidecarCountsInEitherSpelling)
+{
+    root_.Write("a.vmat", "");
+    root_.Write("a.vmat.VMETA", SidecarText(7));
+    assets_.Mount(root_.Path(), kAuthoring);
+    EXPECT_EQ(GuidAt("a.vmat"), GuidNumber(7));
+    root_.Write("a.vmat.vmeta", SidecarText(8));
+    assets_.Refresh();
+    EXPECT_EQ(GuidAt("a.vmat"), GuidNumber(8));
+    EXPECT_EQ(root_.List(), "a.vmat a.vmat.VMETA a.vmat.vmeta");
+}
+
+TEST_F(AssetRegistryMount, WaitsForAnotherProgram)
+{
+    root_.Write("a.vmat", "");
+    auto held = std::make_optional<Platform::FolderLock>(root_.Path(), std::chrono::milliseconds(0));
+    std::thread other([&] { assets_.Mount(root_.Path(), kAuthoring); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    EXPECT_EQ(root_.List(), "a.vmat");
+    held.reset();
+    other.join();
+    EXPECT_EQ(root_.List(), "a.vmat a.vmat.vmeta");
     EXPECT_EQ(log_.Take(), "");
 }
 
