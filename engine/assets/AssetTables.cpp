@@ -100,6 +100,7 @@ void AssetTables::Refresh()
         Warn("Asset scan of " + root_.path.native() + " ended early: " + scan.error);
         scan.orphans.clear(); // their files may stand in what wasn't seen
     }
+    const PathKeyByGuid former = scan.error.empty() ? PathKeyByGuid() : lastPathKeyByGuid_;
     OrphanSidecars orphans(std::move(scan.orphans), lastStampByGuid_);
     for (ScanEntry& entry : scan.entries)
     {
@@ -109,6 +110,11 @@ void AssetTables::Refresh()
     for (ScanEntry& entry : scan.entries)
     {
         AddFile(std::move(entry));
+    }
+    // A copy must not come to own the identity of a file that wasn't reached.
+    for (const auto& [guid, key] : former)
+    {
+        lastPathKeyByGuid_.InsertOrAssign(guid, key);
     }
 }
 
@@ -426,7 +432,7 @@ const fs::path* AssetTables::SourceOfSubGuid(const Core::Guid& guid) const
 
 AssetId
 AssetTables::FindSubAsset(std::string_view sourceKey, AssetKind kind,
-                          const std::function<bool(const AssetRecord&, const std::string&)>& matches) const
+                          Core::FunctionRef<bool(const AssetRecord&, const std::string&)> matches) const
 {
     const ById<std::string>* const records = subAssetsBySource_.Find(sourceKey);
     if (records == nullptr)

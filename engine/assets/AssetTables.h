@@ -3,13 +3,13 @@
 #include "engine/assets/AssetIdentity.h"
 #include "engine/assets/AssetRecord.h"
 #include "engine/assets/AssetScan.h"
+#include "engine/core/FunctionRef.h"
 #include "engine/core/Guid.h"
 #include "engine/core/Hash.h"
 #include "engine/core/OrderedMap.h"
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -59,7 +59,7 @@ public:
     /// The first sub-asset of a source, in registry order, that is of the kind (Unknown for any) and for
     /// which `matches` holds; it gets the key of the record's data file.
     AssetId FindSubAsset(std::string_view sourceKey, AssetKind kind,
-                         const std::function<bool(const AssetRecord&, const std::string&)>& matches) const;
+                         Core::FunctionRef<bool(const AssetRecord&, const std::string&)> matches) const;
 
     /// All records in the order in which they were entered.
     const Core::OrderedMap<AssetId, RecordPointer, AssetIdHash>& Records() const noexcept { return records_; }
