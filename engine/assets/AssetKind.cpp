@@ -3,7 +3,6 @@
 #include "engine/reflection/ReflectionRegistry.h"
 
 #include <array>
-#include <string>
 
 namespace Vornu::Assets
 {
@@ -43,16 +42,22 @@ constexpr std::array<KindRow, 21> kKinds = {{
 
 } // namespace
 
-AssetKind KindFromExtension(const std::filesystem::path& path)
+std::string LowerExtension(const std::filesystem::path& path)
 {
     std::string extension = path.extension().native();
-    if (extension.size() < 2 || extension.find(' ') != std::string::npos)
-    {
-        return AssetKind::Unknown;
-    }
     for (char& c : extension)
     {
         c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    return extension;
+}
+
+AssetKind KindFromExtension(const std::filesystem::path& path)
+{
+    std::string extension = LowerExtension(path);
+    if (extension.size() < 2 || extension.find(' ') != std::string::npos)
+    {
+        return AssetKind::Unknown;
     }
     extension.push_back(' ');
     for (std::size_t kind = 0; kind < kKinds.size(); ++kind)

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <string>
 #include <string_view>
 
 namespace Vornu::Reflection
@@ -37,6 +38,9 @@ enum class AssetKind : std::uint32_t
     InputMap = 19,
     World = 20,
 };
+
+/// The extension with its dot and its letters A to Z in lower case.
+std::string LowerExtension(const std::filesystem::path& path);
 
 /// The kind of a file by its extension, letters of either case; Unknown for what is no asset.
 AssetKind KindFromExtension(const std::filesystem::path& path);

@@ -35,7 +35,7 @@ void AssetManager::Initialize(const std::filesystem::path& path, AssetMountMode 
 
 void AssetManager::PreloadProjectAssets(PreloadProgress*)
 {
-    // No model is known before the content folder is scanned.
+    // What a model contains is known to the importer of its format alone, and none is registered.
 }
 
 bool AssetManager::EnsureMeshLoaded(AssetId id)

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <new>
 #include <stdexcept>
 #include <system_error>
@@ -193,6 +194,34 @@ FileResult ReplaceFileAtomically(const fs::path& source, const fs::path& destina
     }
     const int error = MoveOver(from, to, writeThrough);
     return error == 0 ? FileResult{} : FileResult::SystemFailure("Failed to replace file", error);
+}
+
+bool PathExists(const fs::path& path) noexcept
+{
+    struct stat status = {};
+    if (path.native().find('\0') != std::string::npos)
+    {
+        return false;
+    }
+    return ::stat(path.c_str(), &status) == 0 ||
+           (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG);
+}
+
+FileResult MoveToFreeName(const fs::path& source, const fs::path& destination)
+{
+    const char* const from = source.c_str();
+    const char* const to = destination.c_str();
+    int error = ::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0 ? 0 : errno;
+    if (error == EINVAL || error == ENOSYS)
+    {
+        struct stat status = {};
+        error = ::lstat(to, &status) == 0 ? EEXIST : 0;
+        if (error == 0 && ActiveFileSystemCalls().rename(from, to) != 0)
+        {
+            error = errno;
+        }
+    }
+    return error == 0 ? FileResult{} : FileResult{FileResult::kSystemFailure, SystemErrorText(error)};
 }
 
 FileResult SetFileHidden(const fs::path& path, bool hidden)

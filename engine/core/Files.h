@@ -40,6 +40,14 @@ FileResult ValidateExistingPath(const std::filesystem::path& path);
 FileResult ReplaceFileAtomically(const std::filesystem::path& source,
                                  const std::filesystem::path& destination, bool writeThrough);
 
+/// False only if the system says that nothing is there or that there can be no such name; a path that can't
+/// be inspected counts as existing. Links are followed.
+bool PathExists(const std::filesystem::path& path) noexcept;
+
+/// Renames a file or folder to a name that nothing has. The message of a failure is the system's text alone.
+/// A file system that can't do both at once has the name looked up first.
+FileResult MoveToFreeName(const std::filesystem::path& source, const std::filesystem::path& destination);
+
 /// Here a file is hidden by a leading dot of its name; asking for what only another name could give fails.
 FileResult SetFileHidden(const std::filesystem::path& path, bool hidden);
 

@@ -68,7 +68,7 @@ TEST(BadInput, ContentsThatAreNoScenes)
         EXPECT_EQ(RunScript(folder, "upgrade a.vscene").Text(),
                   "[err] FAILED   a.vscene" + fault + "[exit] 1");
         EXPECT_TRUE(folder.Read("a.vscene") == row.text);
-        EXPECT_EQ(folder.List(), "a.vscene");
+        EXPECT_EQ(folder.List(), "a.vscene a.vscene.vmeta");
     }
 }
 
@@ -130,7 +130,7 @@ TEST(BadInput, ADanglingLinkOccupiesTheNameOfABackup)
     folder.Write("a.vscene", kLegacyV3);
     std::filesystem::create_symlink("nowhere", folder / "a.vscene.legacy-v3");
     RunScript(folder, "upgrade a.vscene");
-    EXPECT_EQ(folder.List(), "a.vscene a.vscene.legacy-v3 a.vscene.legacy-v3-2");
+    EXPECT_EQ(folder.List(), "a.vscene a.vscene.legacy-v3 a.vscene.legacy-v3-2 a.vscene.vmeta");
 }
 
 TEST(BadInput, AFileThatFailsDoesNotStopTheRun)
@@ -172,8 +172,10 @@ TEST(BadInput, OutputThatCannotBeWrittenFailsTheRun)
     {
         EXPECT_EQ(RunScript(folder, row.script).exitCode, row.exitCode) << row.script;
     }
-    EXPECT_EQ(FirstLines(folder), "a.vscene: scene_version 6\nlegacy.vscene: scene_version 6\n"
-                                  "legacy.vscene.legacy-v3: scene_version 3\n");
+    EXPECT_EQ(FirstLines(folder), "a.vscene: scene_version 6\na.vscene.vmeta: vmeta 1\n"
+                                  "legacy.vscene: scene_version 6\n"
+                                  "legacy.vscene.legacy-v3: scene_version 3\n"
+                                  "legacy.vscene.vmeta: vmeta 1\n");
 }
 
 TEST(BadInput, FoldersWithoutAccess)
@@ -194,7 +196,8 @@ TEST(BadInput, FoldersWithoutAccess)
               "denied\n"
               "vornu-upgrade: recursive_directory_iterator::operator++: Permission denied: "
               "\"./closed\"\n");
-    EXPECT_EQ(FirstLines(folder), "b.vscene: scene_version 3\nclosed/a.vscene: scene_version 3\n");
+    EXPECT_EQ(FirstLines(folder), "b.vscene: scene_version 3\nb.vscene.vmeta: vmeta 1\n"
+                                  "closed/a.vscene: scene_version 3\n");
 }
 
 TEST(BadInput, AFatalSignalLeavesNoTemporaryFile)
@@ -206,12 +209,14 @@ TEST(BadInput, AFatalSignalLeavesNoTemporaryFile)
         text += "entity \"\" \"E" + std::to_string(i) + "\"\npoint_light 1 1 1 5\nend_entity\n";
     }
     folder.Write("a.vscene", text);
+    folder.Write("a.vscene.vmeta", "vmeta 1\nguid 00000000000000000000000000000001\n");
     const ToolRun run =
         RunScript(folder, "'" VORNU_UPGRADE_PROGRAM "' --no-backup a.vscene & pid=$!\n"
-                          "i=0; while [ $((i += 1)) -lt 20000 ] && [ \"$(echo *)\" = a.vscene ]; do :; done\n"
+                          "files=\"$(echo *)\"; i=0\n"
+                          "while [ $((i += 1)) -lt 20000 ] && [ \"$(echo *)\" = \"$files\" ]; do :; done\n"
                           "kill -TERM $pid; wait $pid");
     EXPECT_EQ(run.exitCode, 128 + SIGTERM);
-    EXPECT_EQ(folder.List(), "a.vscene");
+    EXPECT_EQ(folder.List(), "a.vscene a.vscene.vmeta");
     EXPECT_TRUE(folder.Read("a.vscene") == text);
 }
 
