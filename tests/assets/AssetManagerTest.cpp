@@ -47,9 +47,9 @@ protected:
     static std::size_t CountLogged(const std::string& message)
     {
         const std::vector<Core::LogRecord> history = Core::GetLogger().CopyHistory();
-        return static_cast<std::size_t>(std::count_if(history.begin(), history.end(), [&](const Core::LogRecord& r) {
-            return r.message.find(message) != std::string::npos;
-        }));
+        return static_cast<std::size_t>(std::count_if(
+            history.begin(), history.end(),
+            [&](const Core::LogRecord& r) { return r.message.find(message) != std::string::npos; }));
     }
 
     AssetId Find(const std::string& reference) const
@@ -98,9 +98,10 @@ TEST_F(AssetManagerTest, OffersBuiltinsAndNamesModelsWithoutImporter)
     content_.Write("Levels/a.vscene", "scene_version 6\n");
     assets_.Initialize(content_.Path(), AssetMountMode::Authoring);
     assets_.PreloadProjectAssets(nullptr);
-    EXPECT_EQ(CountLogged("Failed to load scene asset: No model importer is registered in this program (source "
-                          "importers are authoring-only): "),
-              1u);
+    EXPECT_EQ(
+        CountLogged("Failed to load scene asset: No model importer is registered in this program (source "
+                    "importers are authoring-only): "),
+        1u);
     const AssetId sphere = Find("builtin:Sphere");
     EXPECT_TRUE(assets_.EnsureMeshLoaded(sphere));
     ASSERT_NE(assets_.FindMesh(sphere), nullptr);
