@@ -1,12 +1,15 @@
 #include "tools/upgrade/VerifyRoundTrip.h"
 
-#include "engine/core/Files.h"
 #include "engine/core/Guid.h"
+#include "engine/core/InputFile.h"
 #include "engine/core/Signals.h"
 #include "engine/core/System.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
 
+#include <cstddef>
+#include <memory>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -41,9 +44,24 @@ private:
 
 bool HaveSameBytes(const std::filesystem::path& a, const std::filesystem::path& b)
 {
-    const Platform::FileContents first = Platform::ReadFileBinary(a);
-    const Platform::FileContents second = Platform::ReadFileBinary(b);
-    return first.result.Succeeded() && second.result.Succeeded() && first.bytes == second.bytes;
+    constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
+    Core::InputFile first(a);
+    Core::InputFile second(b);
+    if (!first.IsOpen() || !second.IsOpen())
+    {
+        return false;
+    }
+    const auto block = std::make_unique_for_overwrite<char[]>(2 * kBlockSize);
+    for (;;)
+    {
+        const std::string_view mine(block.get(), first.Read(block.get(), kBlockSize));
+        const std::string_view theirs(block.get() + kBlockSize,
+                                      second.Read(block.get() + kBlockSize, kBlockSize));
+        if (mine != theirs || mine.size() < kBlockSize)
+        {
+            return mine == theirs && !first.Failed() && !second.Failed();
+        }
+    }
 }
 
 } // namespace
