@@ -5,8 +5,8 @@
 
 #include <string_view>
 
-/// The text files of the asset layer, and the references that any text may hold. A manifest that reads is written
-/// and read again as the same bytes; a sidecar that is written comes back alike.
+/// The text files of the asset layer, and the references that any text may hold. A manifest that reads is
+/// written and read again as the same bytes; a sidecar that is written comes back alike.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     using namespace Vornu;
