@@ -1,5 +1,7 @@
 #include "engine/assets/AssetLoadJob.h"
 
+#include "engine/core/Profile.h"
+
 #include <algorithm>
 #include <exception>
 #include <utility>
@@ -31,6 +33,7 @@ void Decode(const AssetLoadJob& job, AssetBytes bytes)
     {
         if (!result.cancelled && job.decode)
         {
+            const Core::ProfileScope profile("Assets", "AssetLoader Decode");
             result.payload = job.decode(std::move(bytes));
         }
     }
@@ -59,6 +62,7 @@ void Read(const JobPointer& job)
     }
     try
     {
+        const Core::ProfileScope profile("Assets", "AssetLoader Read");
         SubmitDecode(job, job->read());
     }
     catch (...)

@@ -1,6 +1,7 @@
 #include "engine/assets/AssetLoader.h"
 
 #include "engine/core/Logger.h"
+#include "engine/core/Profile.h"
 
 #include <algorithm>
 #include <exception>
@@ -199,6 +200,7 @@ bool AssetLoader::Wait(const AssetLoadHandle& handle)
         return false;
     }
     const std::lock_guard lock(mutex_);
+    const Core::ProfileScope profile("Assets", "AssetLoader::Wait");
     const SlotPointer slot = handle.slot_;
     if (!IsTerminal(slot->state))
     {
@@ -297,6 +299,7 @@ void AssetLoader::CancelAbandoned()
 std::size_t AssetLoader::SweepUnused()
 {
     const std::lock_guard lock(mutex_);
+    const Core::ProfileScope profile("Assets", "SweepUnused");
     std::size_t count = 0;
     std::size_t before = 0;
     do
@@ -354,6 +357,18 @@ void AssetLoader::Unload(const SlotPointer& slot, bool sweep)
     slot->resident = false;
     slot->reloading = false;
     SetState(*slot, AssetLoadState::Unloaded);
+}
+
+bool AssetLoader::Drop(AssetId id)
+{
+    const std::lock_guard lock(mutex_);
+    const SlotPointer slot = Find(id);
+    if (!slot || slot->inCall)
+    {
+        return false;
+    }
+    Unload(slot, true);
+    return true;
 }
 
 void AssetLoader::UnloadFailed()

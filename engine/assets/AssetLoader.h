@@ -94,6 +94,9 @@ public:
     /// Unloads what is neither referenced nor pinned. Gives the number of unloads.
     std::size_t SweepUnused();
 
+    /// Unloads an asset that has gone, whoever refers to it. False for an unknown id.
+    bool Drop(AssetId id);
+
     /// Drops what has failed, so that it can be asked for anew.
     void UnloadFailed();
 

@@ -1,5 +1,6 @@
 #include "engine/assets/AssetLoader.h"
 #include "engine/core/Logger.h"
+#include "engine/core/Profile.h"
 
 #include <algorithm>
 #include <string>
@@ -293,6 +294,7 @@ void AssetLoader::Publish(Slot& slot)
     try
     {
         const CallScope call(slot);
+        const Core::ProfileScope profile("Assets", "AssetLoader Publish");
         if (listener_ != nullptr)
         {
             listener_->Published(slot.id, slot.kind, slot.payload);

@@ -1,15 +1,13 @@
 #include "engine/assets/AssetManager.h"
 
-#include "engine/assets/CookedContainer.h"
-#include "engine/assets/formats/NativeMesh.h"
 #include "engine/core/Folders.h"
 #include "engine/core/Logger.h"
+#include "engine/core/Profile.h"
 #include "engine/core/System.h"
 
-#include <memory>
-#include <optional>
+#include <cassert>
+#include <cstddef>
 #include <stdexcept>
-#include <string>
 #include <utility>
 
 namespace Vornu::Assets
@@ -17,48 +15,42 @@ namespace Vornu::Assets
 namespace
 {
 
-bool IsModelFile(const std::filesystem::path& path)
+struct BuiltinTexture
 {
-    const std::string extension = LowerExtension(path);
-    return extension == ".fbx" || extension == ".gltf" || extension == ".glb";
-}
+    const char* name;
+    std::array<unsigned char, 4> color; // RGBA
+};
 
-std::string NoImporterText(const std::filesystem::path& path)
-{
-    return "No model importer is registered in this program (source importers are authoring-only): " +
-           path.native();
-}
+constexpr BuiltinTexture kBuiltinTextures[] = {
+    {"White", {255, 255, 255, 255}},
+    {"Black", {0, 0, 0, 255}},
+    {"Builtin/FlatNormal", {128, 128, 255, 255}},
+};
 
-AssetBytes ReadMeshFile(const std::filesystem::path& path)
+TextureAsset MakePixel(const std::array<unsigned char, 4>& color)
 {
-    std::string error;
-    std::optional<AssetBytes> bytes = ReadWholeFile(path, &error);
-    if (!bytes)
+    TextureAsset texture{1, 1, TextureFormat::Rgba8, {}};
+    for (const unsigned char channel : color)
     {
-        throw std::runtime_error(error);
+        texture.pixels.push_back(std::byte{channel});
     }
-    return std::move(*bytes);
-}
-
-AssetLoadPayload DecodeMesh(const std::filesystem::path& path, const AssetBytes& bytes)
-{
-    auto mesh = std::make_shared<MeshAsset>();
-    std::string error;
-    if (!ParseNativeMesh(bytes, path.native(), *mesh, error))
-    {
-        throw std::runtime_error(error);
-    }
-    return {std::move(mesh), bytes.size()};
+    return texture;
 }
 
 } // namespace
 
-AssetManager::AssetManager()
+AssetManager::AssetManager() : ownerThread_(std::this_thread::get_id())
 {
+    AssetLoadHandler textures;
+    textures.isResident = [this](AssetId id) { return textures_.contains(id); };
+    textures.prepare = [this](AssetId id) { return PrepareTextureLoad(id); };
+    textures.unload = [this](AssetId id) { tableGeneration_ += textures_.erase(id); };
+    loader_.RegisterHandler(AssetKind::Texture, std::move(textures));
+
     AssetLoadHandler meshes;
     meshes.isResident = [this](AssetId id) { return meshes_.contains(id); };
     meshes.prepare = [this](AssetId id) { return PrepareMeshLoad(id); };
-    meshes.unload = [this](AssetId id) { meshes_.erase(id); };
+    meshes.unload = [this](AssetId id) { tableGeneration_ += meshes_.erase(id); };
     loader_.RegisterHandler(AssetKind::Mesh, std::move(meshes));
 }
 
@@ -69,6 +61,7 @@ AssetManager::~AssetManager()
 
 void AssetManager::Initialize(const std::filesystem::path& path, AssetMountMode mode)
 {
+    const Core::ProfileScope profile("Assets", "AssetManager::Initialize");
     std::error_code error;
     if (mode == AssetMountMode::ReadOnly && !std::filesystem::is_directory(path, error))
     {
@@ -77,8 +70,11 @@ void AssetManager::Initialize(const std::filesystem::path& path, AssetMountMode 
     mode_ = mode;
     loader_.Reset();
     meshes_.clear();
+    textures_.clear();
+    sceneRecords_.clear();
     builtinMeshes_.clear();
     failedAssets_.clear();
+    ++tableGeneration_;
     registry_.Clear();
     if (mode == AssetMountMode::Authoring)
     {
@@ -88,7 +84,9 @@ void AssetManager::Initialize(const std::filesystem::path& path, AssetMountMode 
     Platform::CreateDirectories(Core::GeneratedShadersFolder());
     rootPath_ = Platform::WeaklyCanonical(path);
     registry_.Mount(rootPath_, mode);
+    registry_.SetStrippedKinds(strippedKinds_);
     RegisterBuiltins();
+    PruneTables();
     Core::Log(Core::LogCategory::Assets, Core::LogLevel::Info,
               "Asset manager initialized: " + rootPath_.native());
 }
@@ -99,101 +97,122 @@ void AssetManager::RegisterBuiltins()
     {
         builtinMeshes_[registry_.RegisterBuiltin(std::string(mesh.name), AssetKind::Mesh)] = &mesh;
     }
-    for (const char* const texture : {"White", "Black", "Builtin/FlatNormal"})
+    for (const BuiltinTexture& texture : kBuiltinTextures)
     {
-        registry_.RegisterBuiltin(texture, AssetKind::Texture);
+        textures_[registry_.RegisterBuiltin(texture.name, AssetKind::Texture)] = MakePixel(texture.color);
     }
     defaultMaterial_ = registry_.RegisterBuiltin("Builtin/DefaultMaterial", AssetKind::Material);
 }
 
-void AssetManager::PreloadProjectAssets(PreloadProgress*)
+void AssetManager::Refresh(bool rebuildImportedScenes)
 {
+    const Core::ProfileScope profile("Assets", "AssetManager::Refresh");
+    std::vector<std::filesystem::path> loadedScenes;
     for (const auto& record : registry_.ListRecordsOfKind(AssetKind::Scene))
     {
-        if (!record->isBuiltin && !record->path.empty() && IsModelFile(record->path))
+        if (!record->path.empty() && sceneRecords_.contains(record->id))
         {
-            LoadSceneAsset(record->id);
+            loadedScenes.push_back(record->path);
         }
     }
+    registry_.Refresh();
+    if (mode_ == AssetMountMode::Authoring)
+    {
+        failedAssets_.clear(); // the files may be mended; those of a package don't change
+    }
+    if (rebuildImportedScenes)
+    {
+        RebuildImportedSceneAssets(loadedScenes);
+    }
+    PruneTables();
+    loader_.UnloadFailed();
 }
 
-bool AssetManager::LoadSceneAsset(AssetId id)
+void AssetManager::PruneTables()
 {
-    const std::shared_ptr<const AssetRecord> record = registry_.FindRecord(id);
-    if (!record || record->kind != AssetKind::Scene || !IsModelFile(record->path))
+    const auto prune = [this](auto& table, const auto& drop)
     {
-        return false;
-    }
-    NoteFailure(id, "Failed to load scene asset: " + NoImporterText(record->path));
-    return false;
-}
-
-bool AssetManager::EnsureMeshLoaded(AssetId id)
-{
-    if (meshes_.contains(id))
-    {
-        return true;
-    }
-    const auto builtin = builtinMeshes_.find(id);
-    if (builtin != builtinMeshes_.end())
-    {
-        meshes_[id] = builtin->second->make();
-        meshes_[id].lods = {{id}};
-        return true;
-    }
-    const std::shared_ptr<const AssetRecord> record = registry_.FindRecord(id);
-    if (!record || record->kind != AssetKind::Mesh)
-    {
-        return false;
-    }
-    const AssetLoadHandle handle = loader_.Submit(id, AssetKind::Mesh, kBlockingLoadPriority);
-    loader_.Pin(id);
-    return loader_.Wait(handle);
-}
-
-AssetLoadRecipe AssetManager::PrepareMeshLoad(AssetId id)
-{
-    AssetLoadRecipe recipe;
-    const std::shared_ptr<const AssetRecord> record = registry_.FindRecord(id);
-    if (!record || record->kind != AssetKind::Mesh)
-    {
-        recipe.error = "Unknown mesh asset " + std::to_string(id);
-        return recipe;
-    }
-    if (mode_ == AssetMountMode::ReadOnly && failedAssets_.contains(id))
-    {
-        recipe.error = "Mesh asset previously failed to load: " + record->name;
-        return recipe;
-    }
-    if (LowerExtension(record->path) != ".vmesh")
-    {
-        recipe.error = NoImporterText(record->path);
-        recipe.fail = [this, id](const std::string& text) { NoteFailure(id, text); };
-        return recipe;
-    }
-    recipe.read = [path = record->dataPath] { return ReadMeshFile(path); };
-    recipe.decode = [path = record->dataPath](AssetBytes bytes) { return DecodeMesh(path, bytes); };
-    recipe.publish = [this, id, path = record->path](AssetLoadPayload& payload)
-    {
-        meshes_[id] = std::move(*static_cast<MeshAsset*>(payload.value.get()));
-        Core::Log(Core::LogCategory::Assets, Core::LogLevel::Info,
-                  "Loaded native mesh asset: " + path.native());
+        std::vector<AssetId> gone;
+        for (const auto& [id, value] : table)
+        {
+            if (!registry_.FindRecord(id))
+            {
+                gone.push_back(id);
+            }
+        }
+        for (const AssetId id : gone)
+        {
+            drop(id);
+            table.erase(id);
+        }
     };
-    recipe.fail = [this, id, path = record->path](const std::string&)
-    { NoteFailure(id, "Failed to load native mesh asset: " + path.native()); };
-    return recipe;
+    const auto drop = [this](AssetId id)
+    {
+        if (!loader_.Drop(id))
+        {
+            ++tableGeneration_; // a mesh that came with its scene
+        }
+    };
+    prune(meshes_, drop);
+    prune(textures_, drop);
+    prune(sceneRecords_, [](AssetId) {});
+    prune(failedAssets_, [](AssetId) {});
 }
 
-void AssetManager::NoteFailure(AssetId id, const std::string& text)
+void AssetManager::SetStrippedKinds(std::vector<AssetKind> kinds)
 {
-    failedAssets_[id] = text;
-    Core::Log(Core::LogCategory::Assets, Core::LogLevel::Error, text);
+    strippedKinds_ = std::move(kinds);
+    registry_.SetStrippedKinds(strippedKinds_);
+}
+
+std::uint32_t AssetManager::UpdateAsyncLoads()
+{
+    assert(std::this_thread::get_id() == ownerThread_);
+    loader_.Update();
+    return loader_.Stats().jobsInFlight;
 }
 
 const MeshAsset* AssetManager::FindMesh(AssetId id) const noexcept
 {
     const auto found = meshes_.find(id);
     return found == meshes_.end() ? nullptr : &found->second;
+}
+
+const TextureAsset* AssetManager::FindTexture(AssetId id) const noexcept
+{
+    const auto found = textures_.find(id);
+    return found == textures_.end() ? nullptr : &found->second;
+}
+
+const std::string& AssetManager::FailureText(AssetId id) const noexcept
+{
+    static const std::string none;
+    const auto found = failedAssets_.find(id);
+    return found == failedAssets_.end() ? none : found->second;
+}
+
+void AssetManager::ReportFallback(const std::string& text)
+{
+    ++fallbackCount_;
+    if (fallbackTexts_.insert(text).second)
+    {
+        Core::Log(Core::LogCategory::Assets, Core::LogLevel::Error, text + " Using a built-in fallback.");
+    }
+}
+
+void AssetManager::NoteFailure(AssetId id, const std::string& message, const std::string& cause)
+{
+    const auto [noted, isNew] = failedAssets_.try_emplace(id, cause);
+    if (!isNew && noted->second == cause)
+    {
+        return;
+    }
+    noted->second = cause;
+    Core::Log(Core::LogCategory::Assets, Core::LogLevel::Error, message);
+    if (message.find(cause) == std::string::npos)
+    {
+        Core::Log(Core::LogCategory::Assets, Core::LogLevel::Error, cause);
+    }
 }
 
 } // namespace Vornu::Assets

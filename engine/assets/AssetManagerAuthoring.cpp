@@ -1,0 +1,114 @@
+// What an asset manager changes on disk on behalf of an editor.
+
+#include "engine/assets/AssetManager.h"
+#include "engine/assets/CookedContainer.h"
+#include "engine/assets/formats/NativeMesh.h"
+#include "engine/core/Logger.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace Vornu::Assets
+{
+void AssetManager::RequireAuthoring(std::string_view operation) const
+{
+    if (mode_ == AssetMountMode::ReadOnly)
+    {
+        throw std::runtime_error(std::string(operation) + " is unavailable with read-only asset sources.");
+    }
+}
+
+void AssetManager::RefuseWithoutFormat(std::string_view operation) const
+{
+    RequireAuthoring(operation);
+    throw std::logic_error(std::string(operation) + " has no format in this program.");
+}
+
+AssetId AssetManager::CreateMeshAsset(const std::filesystem::path& path, const MeshAsset& mesh)
+{
+    RequireAuthoring("CreateMeshAsset");
+    std::string error;
+    if (!WriteFileAtomically(path, EncodeNativeMesh(mesh), &error))
+    {
+        Core::Log(Core::LogCategory::Assets, Core::LogLevel::Error, "Failed to create mesh asset: " + error);
+        return 0;
+    }
+    return registry_.RegisterFile(AssetKind::Mesh, path);
+}
+
+AssetId AssetManager::CreateAnimatorControllerAsset(const std::filesystem::path&)
+{
+    RefuseWithoutFormat("CreateAnimatorControllerAsset");
+}
+
+AssetId AssetManager::CreateMaterialAsset(const std::filesystem::path&)
+{
+    RefuseWithoutFormat("CreateMaterialAsset");
+}
+
+AssetId AssetManager::CreateRigDefinitionAsset(const std::filesystem::path&)
+{
+    RefuseWithoutFormat("CreateRigDefinitionAsset");
+}
+
+AssetId AssetManager::CreateUiDocumentAsset(const std::filesystem::path&)
+{
+    RefuseWithoutFormat("CreateUiDocumentAsset");
+}
+
+void AssetManager::SaveAnimationClipAsset(AssetId)
+{
+    RefuseWithoutFormat("SaveAnimationClipAsset");
+}
+
+void AssetManager::SaveAnimatorControllerAsset(AssetId)
+{
+    RefuseWithoutFormat("SaveAnimatorControllerAsset");
+}
+
+void AssetManager::SaveMaterialAsset(AssetId)
+{
+    RefuseWithoutFormat("SaveMaterialAsset");
+}
+
+void AssetManager::SaveRigDefinitionAsset(AssetId)
+{
+    RefuseWithoutFormat("SaveRigDefinitionAsset");
+}
+
+void AssetManager::SaveUiDocumentAsset(AssetId)
+{
+    RefuseWithoutFormat("SaveUiDocumentAsset");
+}
+
+void AssetManager::SaveImportedMaterialOverride(AssetId)
+{
+    RefuseWithoutFormat("SaveImportedMaterialOverride");
+}
+
+void AssetManager::BeginTextureSetImportForImportedModel(AssetId)
+{
+    RefuseWithoutFormat("BeginTextureSetImportForImportedModel");
+}
+
+void AssetManager::ImportTextureSetForImportedModel(AssetId)
+{
+    RefuseWithoutFormat("ImportTextureSetForImportedModel");
+}
+
+void AssetManager::StepTextureSetImport()
+{
+    RefuseWithoutFormat("StepTextureSetImport");
+}
+
+void AssetManager::ImportAnimationClipsForSkeleton(AssetId)
+{
+    RefuseWithoutFormat("ImportAnimationClipsForSkeleton");
+}
+
+void AssetManager::CommitAnimationClipsForSkeleton(AssetId)
+{
+    RefuseWithoutFormat("CommitAnimationClipsForSkeleton");
+}
+
+} // namespace Vornu::Assets
