@@ -30,6 +30,7 @@ function(vornu_test name folder)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/${folder}/*.cpp")
   add_executable(${name} ${sources})
   target_link_libraries(${name} PRIVATE ${ARGN} vornu_warnings GTest::gtest GTest::gtest_main)
-  target_compile_definitions(${name} PRIVATE VORNU_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
+  target_compile_definitions(${name} PRIVATE
+    VORNU_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data" VORNU_EXAMPLES="${CMAKE_SOURCE_DIR}/examples")
   add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
 endfunction()

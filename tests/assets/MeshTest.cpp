@@ -1,6 +1,7 @@
 #include "engine/assets/BuiltinMeshes.h"
 #include "engine/assets/CookedContainer.h"
 #include "engine/assets/formats/NativeMesh.h"
+#include "engine/core/Files.h"
 
 #include <glm/geometric.hpp>
 #include <gtest/gtest.h>
@@ -10,8 +11,10 @@
 #include <cmath>
 #include <map>
 #include <numbers>
+#include <span>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace Vornu::Assets
 {
@@ -96,6 +99,37 @@ TEST(BuiltinMeshes, AreTheShapesThatTheirNamesSay)
     }
 }
 
+void ExpectUsable(const MeshAsset& mesh, std::string_view name)
+{
+    SCOPED_TRACE(name);
+    for (const MeshVertex& vertex : mesh.vertices)
+    {
+        const glm::vec3 tangent(vertex.tangent);
+        EXPECT_NEAR(glm::length(vertex.normal), 1.0f, 1e-5f);
+        EXPECT_NEAR(glm::length(tangent), 1.0f, 1e-5f);
+        EXPECT_NEAR(glm::dot(vertex.normal, tangent), 0.0f, 1e-5f);
+        EXPECT_TRUE(vertex.texCoord.x >= 0 && vertex.texCoord.x <= 1 && vertex.texCoord.y >= 0 &&
+                    vertex.texCoord.y <= 1);
+        EXPECT_EQ(glm::min(mesh.bounds.minimum, vertex.position), mesh.bounds.minimum);
+        EXPECT_EQ(glm::max(mesh.bounds.maximum, vertex.position), mesh.bounds.maximum);
+    }
+    // Texture coordinates grow along the tangent and along cross(normal, tangent) * w.
+    for (std::size_t i = 0; i < mesh.indices.size(); i += 3)
+    {
+        const MeshVertex& a = mesh.vertices[mesh.indices[i]];
+        const MeshVertex& b = mesh.vertices[mesh.indices[i + 1]];
+        const MeshVertex& c = mesh.vertices[mesh.indices[i + 2]];
+        const glm::vec2 u = b.texCoord - a.texCoord;
+        const glm::vec2 v = c.texCoord - a.texCoord;
+        const float facing = u.x * v.y - u.y * v.x;
+        EXPECT_NE(facing, 0.0f);
+        const glm::vec3 along = ((b.position - a.position) * v.y - (c.position - a.position) * u.y) / facing;
+        EXPECT_GT(glm::dot(along, glm::vec3(a.tangent) + glm::vec3(b.tangent) + glm::vec3(c.tangent)), 0.0f);
+        EXPECT_EQ(facing > 0, a.tangent.w > 0);
+        EXPECT_GT(glm::dot(a.normal, glm::cross(b.position - a.position, c.position - a.position)), 0.0f);
+    }
+}
+
 TEST(BuiltinMeshes, HaveUsableVerticesBoundsAndOneSubmesh)
 {
     for (const BuiltinMesh& builtin : BuiltinMeshes())
@@ -103,34 +137,36 @@ TEST(BuiltinMeshes, HaveUsableVerticesBoundsAndOneSubmesh)
         const MeshAsset mesh = builtin.make();
         ASSERT_EQ(mesh.submeshes.size(), 1u);
         EXPECT_EQ(mesh.submeshes[0].indexCount, mesh.indices.size());
-        for (const MeshVertex& vertex : mesh.vertices)
+        ExpectUsable(mesh, builtin.name);
+    }
+}
+
+/// The files were not made by this program's writer.
+TEST(NativeMesh, TheExamplesAreWholeMeshes)
+{
+    const std::map<std::string, std::vector<std::string>> expected = {
+        {"lamp_post.vmesh", {"Post", "Lantern"}},
+        {"well.vmesh", {"Ring", "Water", "Windlass"}},
+    };
+    for (const auto& [name, submeshes] : expected)
+    {
+        const std::string bytes =
+            Platform::ReadFileBinary(std::string(VORNU_EXAMPLES "/Content/Models/") + name).bytes;
+        MeshAsset mesh;
+        std::string error;
+        ASSERT_TRUE(ParseNativeMesh(std::as_bytes(std::span(bytes)), name, mesh, error)) << error;
+        ExpectUsable(mesh, name);
+        std::vector<std::string> names;
+        std::uint32_t next = 0;
+        for (const MeshSubmesh& submesh : mesh.submeshes)
         {
-            const glm::vec3 tangent(vertex.tangent);
-            EXPECT_NEAR(glm::length(vertex.normal), 1.0f, 1e-5f) << builtin.name;
-            EXPECT_NEAR(glm::length(tangent), 1.0f, 1e-5f) << builtin.name;
-            EXPECT_NEAR(glm::dot(vertex.normal, tangent), 0.0f, 1e-5f) << builtin.name;
-            EXPECT_TRUE(vertex.texCoord.x >= 0 && vertex.texCoord.x <= 1 && vertex.texCoord.y >= 0 &&
-                        vertex.texCoord.y <= 1);
-            EXPECT_EQ(glm::min(mesh.bounds.minimum, vertex.position), mesh.bounds.minimum) << builtin.name;
-            EXPECT_EQ(glm::max(mesh.bounds.maximum, vertex.position), mesh.bounds.maximum) << builtin.name;
+            EXPECT_EQ(submesh.firstIndex, next);
+            EXPECT_EQ(submesh.materialSlot, names.size());
+            next += submesh.indexCount;
+            names.push_back(submesh.name);
         }
-        // Texture coordinates grow along the tangent and along cross(normal, tangent) * w.
-        for (std::size_t i = 0; i < mesh.indices.size(); i += 3)
-        {
-            const MeshVertex& a = mesh.vertices[mesh.indices[i]];
-            const MeshVertex& b = mesh.vertices[mesh.indices[i + 1]];
-            const MeshVertex& c = mesh.vertices[mesh.indices[i + 2]];
-            const glm::vec2 u = b.texCoord - a.texCoord;
-            const glm::vec2 v = c.texCoord - a.texCoord;
-            const float facing = u.x * v.y - u.y * v.x;
-            EXPECT_NE(facing, 0.0f) << builtin.name;
-            const glm::vec3 along =
-                ((b.position - a.position) * v.y - (c.position - a.position) * u.y) / facing;
-            EXPECT_GT(glm::dot(along, glm::vec3(a.tangent) + glm::vec3(b.tangent) + glm::vec3(c.tangent)),
-                      0.0f)
-                << builtin.name;
-            EXPECT_EQ(facing > 0, a.tangent.w > 0) << builtin.name;
-        }
+        EXPECT_EQ(next, mesh.indices.size());
+        EXPECT_EQ(names, submeshes);
     }
 }
 

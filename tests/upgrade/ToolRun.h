@@ -40,8 +40,8 @@ inline ToolRun RunScript(const TestFolder& folder, const std::string& script)
     return {result.exitCode, streams.Read("out"), streams.Read("err")};
 }
 
-/// Every regular file below a folder with its first line, in order of the paths.
-inline std::string FirstLines(const TestFolder& folder)
+/// Every regular file below a folder with its bytes, in order of the paths.
+inline std::map<std::string, std::string> FilesBelow(const TestFolder& folder)
 {
     std::map<std::string, std::string> files;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Path()))
@@ -49,14 +49,19 @@ inline std::string FirstLines(const TestFolder& folder)
         if (entry.is_regular_file())
         {
             const std::string name = entry.path().lexically_relative(folder.Path()).string();
-            const std::string text = folder.Read(name);
-            files[name] = text.substr(0, text.find('\n'));
+            files[name] = folder.Read(name);
         }
     }
+    return files;
+}
+
+/// The files below a folder as a text: a line each, with the first line of the file.
+inline std::string FirstLines(const TestFolder& folder)
+{
     std::string list;
-    for (const auto& [name, line] : files)
+    for (const auto& [name, text] : FilesBelow(folder))
     {
-        list += name + ": " + line + "\n";
+        list += name + ": " + text.substr(0, text.find('\n')) + "\n";
     }
     return list;
 }
