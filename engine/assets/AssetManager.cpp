@@ -5,6 +5,8 @@
 #include "engine/core/Profile.h"
 #include "engine/core/System.h"
 
+#include <algorithm>
+#include <array>
 #include <cassert>
 #include <cstddef>
 #include <stdexcept>
@@ -74,6 +76,11 @@ void AssetManager::Initialize(const std::filesystem::path& path, AssetMountMode 
     sceneRecords_.clear();
     builtinMeshes_.clear();
     failedAssets_.clear();
+    fallbackTexts_.clear();
+    fallbackCount_ = 0;
+    reloads_.clear();
+    rootPath_.clear();
+    defaultMaterial_ = 0;
     ++tableGeneration_;
     registry_.Clear();
     if (mode == AssetMountMode::Authoring)
@@ -140,23 +147,23 @@ void AssetManager::PruneTables()
                 gone.push_back(id);
             }
         }
-        for (const AssetId id : gone)
-        {
-            drop(id);
-            table.erase(id);
-        }
+        std::for_each(gone.begin(), gone.end(), drop);
     };
-    const auto drop = [this](AssetId id)
-    {
-        if (!loader_.Drop(id))
-        {
-            ++tableGeneration_; // a mesh that came with its scene
-        }
-    };
-    prune(meshes_, drop);
-    prune(textures_, drop);
-    prune(sceneRecords_, [](AssetId) {});
-    prune(failedAssets_, [](AssetId) {});
+    prune(meshes_, [this](AssetId id) { DropMesh(id); });
+    prune(textures_,
+          [this](AssetId id)
+          {
+              loader_.Drop(id);
+              tableGeneration_ += textures_.erase(id);
+          });
+    prune(sceneRecords_, [this](AssetId id) { sceneRecords_.erase(id); });
+    prune(failedAssets_, [this](AssetId id) { failedAssets_.erase(id); });
+}
+
+void AssetManager::DropMesh(AssetId id)
+{
+    loader_.Drop(id); // knows nothing of a mesh that came with its scene
+    tableGeneration_ += meshes_.erase(id);
 }
 
 void AssetManager::SetStrippedKinds(std::vector<AssetKind> kinds)
@@ -169,6 +176,8 @@ std::uint32_t AssetManager::UpdateAsyncLoads()
 {
     assert(std::this_thread::get_id() == ownerThread_);
     loader_.Update();
+    std::erase_if(reloads_,
+                  [](const AssetLoadHandle& handle) { return IsTerminal(AssetLoader::State(handle)); });
     return loader_.Stats().jobsInFlight;
 }
 
@@ -184,11 +193,10 @@ const TextureAsset* AssetManager::FindTexture(AssetId id) const noexcept
     return found == textures_.end() ? nullptr : &found->second;
 }
 
-const std::string& AssetManager::FailureText(AssetId id) const noexcept
+std::string AssetManager::FailureText(AssetId id) const
 {
-    static const std::string none;
     const auto found = failedAssets_.find(id);
-    return found == failedAssets_.end() ? none : found->second;
+    return found == failedAssets_.end() ? std::string() : found->second;
 }
 
 void AssetManager::ReportFallback(const std::string& text)

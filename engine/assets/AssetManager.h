@@ -73,11 +73,11 @@ public:
     AssetMountMode Mode() const noexcept { return mode_; }
 
     /// The scene of an imported model, loaded if it isn't yet. Null, with the reason logged, when it can't
-    /// be; null for a record of another kind.
+    /// be; null for the record of anything else that wasn't imported.
     std::shared_ptr<const ImportedSceneData> LoadSceneAsset(AssetId id);
     /// Registers and imports a model or `.obj` file. 0, with the reason logged, when it can't.
     AssetId ImportSceneFile(const std::filesystem::path& path);
-    /// Imports models again.
+    /// Imports models again. What can't be imported keeps its old scene.
     void RebuildImportedSceneAssets(const std::vector<std::filesystem::path>& paths);
 
     /// Makes an asset resident, waiting for its load; false when it can't be, and for an id that isn't of the
@@ -94,13 +94,14 @@ public:
     /// Moves the loads on, once per frame. Gives the number of jobs in flight.
     std::uint32_t UpdateAsyncLoads();
 
-    /// What is resident; null otherwise. Good until the tables change.
+    /// What is resident, a built-in mesh from its first load on; null otherwise. Good until the tables
+    /// change.
     const MeshAsset* FindMesh(AssetId id) const noexcept;
     const TextureAsset* FindTexture(AssetId id) const noexcept;
     /// Rises whenever a resident mesh or texture is dropped.
     std::uint64_t TableGeneration() const noexcept { return tableGeneration_; }
     /// Of the last failed load; empty without one.
-    const std::string& FailureText(AssetId id) const noexcept;
+    std::string FailureText(AssetId id) const;
 
     /// The built-in material of renderers that name none.
     AssetId DefaultMaterial() const noexcept { return defaultMaterial_; }
@@ -109,7 +110,8 @@ public:
     void ReportFallback(const std::string& text);
     std::uint64_t FallbackCount() const noexcept { return fallbackCount_; }
 
-    /// Writes a new `.vmesh` file and registers it. 0, with the reason logged, when it can't be written.
+    /// Writes a new `.vmesh` file and registers it. 0, with the reason logged, when it can't be written, when
+    /// the file is there already or when the mesh points out of itself.
     /// Throws `std::runtime_error` on a read-only mount.
     AssetId CreateMeshAsset(const std::filesystem::path& path, const MeshAsset& mesh);
 
@@ -132,15 +134,24 @@ public:
     void CommitAnimationClipsForSkeleton(AssetId id);
 
 private:
+    struct LoadedScene
+    {
+        std::shared_ptr<const ImportedSceneData> data;
+        std::vector<AssetId> parts;
+        std::vector<AssetId> meshes; // of the parts
+    };
+
     void RegisterBuiltins();
     void PruneTables();
+    void DropMesh(AssetId id);
     AssetLoadRecipe PrepareMeshLoad(AssetId id);
     AssetLoadRecipe PrepareTextureLoad(AssetId id);
     bool EnsureLoaded(AssetId id, AssetKind kind);
     AssetLoadHandle RequestLoad(AssetId id, AssetKind kind);
     std::string PackagedSourceFault(const AssetRecord& record, const char* missing) const;
     bool IsRecordOfKind(AssetId id, AssetKind kind) const;
-    void FinalizeSceneCommit(const AssetRecord& record, ImportedSceneData data);
+    bool ImportScene(const AssetRecord& record);
+    void FinalizeSceneCommit(const AssetRecord& record, std::shared_ptr<const ImportedSceneData> data);
     AssetId RegisterPart(const AssetRecord& source, AssetKind kind, const std::string& key,
                          const std::string& name, std::size_t index, const std::string& displayName);
     void RequireAuthoring(std::string_view operation) const;
@@ -155,14 +166,15 @@ private:
 
     std::unordered_map<AssetId, MeshAsset> meshes_;
     std::unordered_map<AssetId, TextureAsset> textures_;
-    std::unordered_map<AssetId, std::shared_ptr<const ImportedSceneData>> sceneRecords_;
+    std::unordered_map<AssetId, LoadedScene> sceneRecords_;
     std::unordered_map<AssetId, const BuiltinMesh*> builtinMeshes_; // made when they are first asked for
     std::unordered_map<AssetId, std::string> failedAssets_;         // with the last error
     std::set<std::string, std::less<>> fallbackTexts_;
     std::uint64_t fallbackCount_ = 0;
     std::uint64_t tableGeneration_ = 0;
     AssetId defaultMaterial_ = 0;
-    AssetLoader loader_; // its jobs fill the tables, which outlive them
+    std::vector<AssetLoadHandle> reloads_; // still under way
+    AssetLoader loader_;                   // its jobs fill the tables, which outlive them
 };
 
 } // namespace Vornu::Assets

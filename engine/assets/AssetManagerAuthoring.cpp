@@ -10,6 +10,32 @@
 
 namespace Vornu::Assets
 {
+namespace
+{
+
+bool WriteNewMesh(const std::filesystem::path& path, const MeshAsset& mesh, std::string& error)
+{
+    std::error_code code;
+    if (LowerExtension(path) != ".vmesh" || std::filesystem::exists(path, code))
+    {
+        error = "the path must be that of a new .vmesh file: " + path.native();
+        return false;
+    }
+    try
+    {
+        const std::vector<std::byte> bytes = EncodeNativeMesh(mesh);
+        MeshAsset read;
+        return ParseNativeMesh(bytes, path.native(), read, error) && WriteFileAtomically(path, bytes, &error);
+    }
+    catch (const std::length_error& fault)
+    {
+        error = fault.what();
+        return false;
+    }
+}
+
+} // namespace
+
 void AssetManager::RequireAuthoring(std::string_view operation) const
 {
     if (mode_ == AssetMountMode::ReadOnly)
@@ -28,7 +54,7 @@ AssetId AssetManager::CreateMeshAsset(const std::filesystem::path& path, const M
 {
     RequireAuthoring("CreateMeshAsset");
     std::string error;
-    if (!WriteFileAtomically(path, EncodeNativeMesh(mesh), &error))
+    if (!WriteNewMesh(path, mesh, error))
     {
         Core::Log(Core::LogCategory::Assets, Core::LogLevel::Error, "Failed to create mesh asset: " + error);
         return 0;

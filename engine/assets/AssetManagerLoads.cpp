@@ -53,6 +53,12 @@ AssetLoadPayload DecodeMesh(const std::filesystem::path& path, const AssetBytes&
 AssetLoadPayload DecodeTexture(const std::filesystem::path& path)
 {
     ImportedTexture image = DecodeImage(path);
+    const std::uint64_t pixelSize = image.isFloat ? 4 * sizeof(float) : 4;
+    const std::uint64_t pixels = std::uint64_t{image.width} * image.height;
+    if (pixels == 0 || image.pixels.size() % pixelSize != 0 || image.pixels.size() / pixelSize != pixels)
+    {
+        throw std::runtime_error("The decoder's image doesn't have its size: " + path.native());
+    }
     auto texture = std::make_shared<TextureAsset>();
     texture->width = image.width;
     texture->height = image.height;
@@ -62,7 +68,7 @@ AssetLoadPayload DecodeTexture(const std::filesystem::path& path)
     return {std::move(texture), size};
 }
 
-/// The asset that an importer made of a lone mesh file, such as an `.obj`: its first mesh.
+/// The mesh of a lone file, such as an `.obj`: the first that the importer finds.
 AssetLoadPayload ImportMesh(const std::filesystem::path& path)
 {
     ImportedSceneData scene = ImportModel(path);
@@ -134,22 +140,26 @@ bool AssetManager::ReloadAsset(AssetId id)
     {
         return false;
     }
-    if (record->kind == AssetKind::Mesh || record->kind == AssetKind::Texture)
+    if (record->isBuiltin)
     {
-        failedAssets_.erase(id);
-        if (!loader_.Reload(id) && !record->isBuiltin)
-        {
-            const AssetLoadHandle handle = loader_.Submit(id, record->kind, kReloadPriority);
-            loader_.Pin(id); // nobody holds the handle
-        }
-        return true;
+        return true; // nothing can have changed
     }
-    if (record->kind == AssetKind::Scene && !record->isBuiltin)
+    if (record->kind == AssetKind::Scene || record->isSubAsset)
     {
         RebuildImportedSceneAssets({record->path});
         return true;
     }
-    return false;
+    if (record->kind != AssetKind::Mesh && record->kind != AssetKind::Texture)
+    {
+        return false;
+    }
+    if (mode_ == AssetMountMode::Authoring)
+    {
+        failedAssets_.erase(id);
+    }
+    loader_.Reload(id);
+    reloads_.push_back(loader_.Submit(id, record->kind, kReloadPriority));
+    return true;
 }
 
 /// Why a package can't hold the file of a record; empty if it does.
@@ -187,6 +197,10 @@ AssetLoadRecipe AssetManager::PrepareMeshLoad(AssetId id)
     }
     const auto publish = [this, id](AssetLoadPayload& payload) -> MeshAsset&
     {
+        if (!IsRecordOfKind(id, AssetKind::Mesh))
+        {
+            throw std::runtime_error("Unknown mesh asset " + std::to_string(id));
+        }
         failedAssets_.erase(id);
         return meshes_[id] = std::move(*static_cast<MeshAsset*>(payload.value.get()));
     };
@@ -194,6 +208,19 @@ AssetLoadRecipe AssetManager::PrepareMeshLoad(AssetId id)
     {
         recipe.decode = [make = builtin->second->make](AssetBytes) { return MeshPayload(make()); };
         recipe.publish = [id, publish](AssetLoadPayload& payload) { publish(payload).lods = {{id}}; };
+        return recipe;
+    }
+    if (record->isSubAsset)
+    {
+        recipe.publish = [this, id, path = record->path](AssetLoadPayload&)
+        {
+            RebuildImportedSceneAssets({path});
+            if (!meshes_.contains(id))
+            {
+                throw std::runtime_error("The model doesn't give the mesh: " + path.native());
+            }
+        };
+        recipe.fail = [this, id](const std::string& cause) { NoteFailure(id, cause, cause); };
         return recipe;
     }
     const auto logged = [publish](std::string message)
@@ -231,10 +258,14 @@ AssetLoadRecipe AssetManager::PrepareTextureLoad(AssetId id)
         return recipe;
     }
     recipe.error = PackagedSourceFault(*record, "Missing packaged texture: ");
-    recipe.read = [path = record->dataPath] { return ReadAssetFile(path); };
+    // Decoders open the file themselves, so there is nothing to read ahead.
     recipe.decode = [path = record->dataPath](const AssetBytes&) { return DecodeTexture(path); };
     recipe.publish = [this, id](AssetLoadPayload& payload)
     {
+        if (!IsRecordOfKind(id, AssetKind::Texture))
+        {
+            throw std::runtime_error("Unknown texture asset " + std::to_string(id));
+        }
         failedAssets_.erase(id);
         textures_[id] = std::move(*static_cast<TextureAsset*>(payload.value.get()));
     };

@@ -1,11 +1,16 @@
 // How an asset manager loads imported models.
 
 #include "engine/assets/AssetManager.h"
+#include "engine/assets/CookedContainer.h"
+#include "engine/core/InputFile.h"
 #include "engine/core/Logger.h"
 #include "engine/core/Profile.h"
-#include "engine/core/System.h"
 
-#include <exception>
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <span>
+#include <stdexcept>
 #include <utility>
 
 namespace Vornu::Assets
@@ -24,9 +29,28 @@ void LogScene(Core::LogLevel level, std::string text)
     Core::Log(Core::LogCategory::Assets, level, std::move(text));
 }
 
-std::string OrWord(const std::string& name, const char* word)
+std::string ImportFailureText()
 {
-    return name.empty() ? word : name;
+    return Detail::CurrentExceptionText("unknown error", "unknown exception");
+}
+
+bool IsCookedModel(const std::filesystem::path& path)
+{
+    std::array<char, kContainerHeaderSize> bytes;
+    Core::InputFile file(path);
+    const std::size_t size = file.IsOpen() ? file.Read(bytes.data(), bytes.size()) : 0;
+    const auto header = ReadContainerHeader(std::as_bytes(std::span(bytes)).first(size));
+    return header && header->kind == ContainerKind("MODL");
+}
+
+ImportedSceneData ReadModel(const std::filesystem::path& path)
+{
+    if (IsCookedModel(path))
+    {
+        // The stream inside is that of a scene cache, which this program doesn't keep.
+        throw std::runtime_error("Failed to load cooked model: " + path.native());
+    }
+    return ImportModel(path);
 }
 
 } // namespace
@@ -63,40 +87,59 @@ void AssetManager::PreloadProjectAssets(PreloadProgress* progress)
 std::shared_ptr<const ImportedSceneData> AssetManager::LoadSceneAsset(AssetId id)
 {
     const Core::ProfileScope profile("Assets", "AssetManager::LoadSceneAsset");
+    const std::shared_ptr<const AssetRecord> record = registry_.FindRecord(id);
     if (const auto stored = sceneRecords_.find(id); stored != sceneRecords_.end())
     {
-        return stored->second;
+        const std::vector<AssetId>& parts = stored->second.parts;
+        const bool registered = std::all_of(parts.begin(), parts.end(),
+                                            [this](AssetId part) { return registry_.FindRecord(part); });
+        if (!registered && record)
+        {
+            FinalizeSceneCommit(*record, stored->second.data); // a refresh has taken the parts out
+        }
+        return sceneRecords_[id].data;
     }
-    const std::shared_ptr<const AssetRecord> record = registry_.FindRecord(id);
-    if (!record || record->kind != AssetKind::Scene || !IsModelFile(record->path))
+    if (!record || record->kind != AssetKind::Scene || !IsModelFile(record->path) || !ImportScene(*record))
     {
         return nullptr;
     }
+    return sceneRecords_[id].data;
+}
+
+/// Imports a model whether it is loaded or not. False, with the reason logged, when it can't be.
+bool AssetManager::ImportScene(const AssetRecord& record)
+{
+    std::string cause;
     try
     {
-        ImportedSceneData data;
+        cause = PackagedSourceFault(record, nullptr);
+        if (cause.empty())
         {
-            const Core::ProfileScope import("Import", "LoadSceneAsset Import Scene");
-            data = ImportModel(record->path);
+            std::shared_ptr<const ImportedSceneData> data;
+            {
+                const Core::ProfileScope import("Import", "LoadSceneAsset Import Scene");
+                data = std::make_shared<const ImportedSceneData>(ReadModel(record.path));
+            }
+            const Core::ProfileScope commit("Import", "LoadSceneAsset Finalize Scene Commit");
+            FinalizeSceneCommit(record, std::move(data));
+            return true;
         }
-        const Core::ProfileScope commit("Import", "LoadSceneAsset Finalize Scene Commit");
-        FinalizeSceneCommit(*record, std::move(data));
-        return sceneRecords_[id];
     }
-    catch (const std::exception& fault)
+    catch (...)
     {
-        const std::string message = std::string("Failed to load scene asset: ") + fault.what();
-        if (mode_ == AssetMountMode::ReadOnly)
-        {
-            failedAssets_[id] = fault.what();
-            ReportFallback(message);
-        }
-        else
-        {
-            NoteFailure(id, message, fault.what());
-        }
-        return nullptr;
+        cause = ImportFailureText();
     }
+    const std::string message = "Failed to load scene asset: " + cause;
+    if (mode_ == AssetMountMode::ReadOnly)
+    {
+        failedAssets_[record.id] = cause;
+        ReportFallback(message);
+    }
+    else
+    {
+        NoteFailure(record.id, message, cause);
+    }
+    return false;
 }
 
 AssetId AssetManager::ImportSceneFile(const std::filesystem::path& path)
@@ -115,27 +158,26 @@ AssetId AssetManager::ImportSceneFile(const std::filesystem::path& path)
     }
     try
     {
-        ImportedSceneData data;
+        std::shared_ptr<const ImportedSceneData> data;
         {
             const Core::ProfileScope import("Import", "ImportSceneFile Import Scene");
-            data = ImportModel(path);
+            data = std::make_shared<const ImportedSceneData>(ReadModel(path));
         }
         const AssetId id = registry_.RegisterFile(KindFromExtension(path), path);
         const std::shared_ptr<const AssetRecord> record = registry_.FindRecord(id);
         if (!record)
         {
-            return 0;
+            throw std::runtime_error("The file can't be registered: " + path.native());
         }
-        FinalizeSceneCommit(*record, std::move(data));
-        const ImportedSceneData& scene = *sceneRecords_[id];
-        LogScene(Core::LogLevel::Info, "Imported scene with " + std::to_string(scene.nodes.size()) +
-                                           " nodes and " + std::to_string(scene.meshes.size()) +
+        FinalizeSceneCommit(*record, data);
+        LogScene(Core::LogLevel::Info, "Imported scene with " + std::to_string(data->nodes.size()) +
+                                           " nodes and " + std::to_string(data->meshes.size()) +
                                            " unique meshes: " + path.native());
         return id;
     }
-    catch (const std::exception& fault)
+    catch (...)
     {
-        LogScene(Core::LogLevel::Error, std::string("Failed to load scene asset: ") + fault.what());
+        LogScene(Core::LogLevel::Error, "Failed to load scene asset: " + ImportFailureText());
         return 0;
     }
 }
@@ -144,11 +186,10 @@ void AssetManager::RebuildImportedSceneAssets(const std::vector<std::filesystem:
 {
     for (const std::filesystem::path& path : paths)
     {
-        if (const AssetId id = registry_.FindByPath(path); id != 0)
+        if (const auto record = registry_.FindRecord(registry_.FindByPath(path)))
         {
-            sceneRecords_.erase(id);
-            failedAssets_.erase(id);
-            LoadSceneAsset(id);
+            failedAssets_.erase(record->id);
+            ImportScene(*record);
         }
     }
 }
@@ -160,54 +201,59 @@ AssetId AssetManager::RegisterPart(const AssetRecord& source, AssetKind kind, co
     return registry_.RegisterSubAsset(kind, source.path, child, key, displayName);
 }
 
-void AssetManager::FinalizeSceneCommit(const AssetRecord& record, ImportedSceneData data)
+void AssetManager::FinalizeSceneCommit(const AssetRecord& record,
+                                       std::shared_ptr<const ImportedSceneData> data)
 {
     const Core::ProfileScope profile("Import", "AssetManager::FinalizeSceneCommit");
-    const auto withFile = [&](const std::string& name)
-    { return record.path.filename().native() + "/" + name; };
-    const auto numbered = [](const std::string& name, std::size_t i)
-    { return name + "#" + std::to_string(i); };
-
-    for (std::size_t i = 0; i < data.materials.size(); ++i)
+    const std::vector<AssetId> oldMeshes = std::exchange(sceneRecords_[record.id].meshes, {});
+    // Live parts of an earlier import would keep their keys from those that are renumbered.
+    registry_.RemoveAssetsOfFile(record.path);
+    LoadedScene scene;
+    const auto registerAll =
+        [&](AssetKind kind, const auto& parts, const char* prefix, const char* word, bool withFile)
     {
-        const std::string name = OrWord(data.materials[i].name, "Material");
-        RegisterPart(record, AssetKind::Material, numbered(name, i), name, i, withFile(name));
-    }
-    std::vector<AssetId> skeletons;
-    for (std::size_t i = 0; i < data.skeletons.size(); ++i)
-    {
-        const std::string name = OrWord(data.skeletons[i].name, "Skeleton");
-        skeletons.push_back(
-            RegisterPart(record, AssetKind::Skeleton, "skel#" + numbered(name, i), name, i, name));
-    }
-    for (std::size_t i = 0; i < data.rigs.size(); ++i)
-    {
-        const std::string name = OrWord(data.rigs[i].name, "Rig");
-        RegisterPart(record, AssetKind::Rig, "rig#" + numbered(name, i), name, i, name);
-    }
-    for (std::size_t i = 0; i < data.meshes.size(); ++i)
-    {
-        ImportedMesh& entry = data.meshes[i];
-        const std::string name = OrWord(entry.name, "Mesh");
-        const AssetId id =
-            RegisterPart(record, AssetKind::Mesh, "mesh#" + numbered(name, i), name, i, withFile(name));
-        if (static_cast<std::size_t>(entry.skeleton) < skeletons.size())
+        std::vector<AssetId> ids;
+        for (std::size_t i = 0; i < parts.size(); ++i)
         {
-            entry.mesh.skeleton = skeletons[static_cast<std::size_t>(entry.skeleton)];
+            const std::string name = parts[i].name.empty() ? word : parts[i].name;
+            const std::string key = prefix + name + "#" + std::to_string(i);
+            const std::string display =
+                withFile ? record.path.filename().native() + "/" + parts[i].name : name;
+            ids.push_back(RegisterPart(record, kind, key, name, i, display));
         }
-        meshes_[id] = entry.mesh;
-    }
-    for (std::size_t i = 0; i < data.clips.size(); ++i)
+        scene.parts.insert(scene.parts.end(), ids.begin(), ids.end());
+        return ids;
+    };
+    registerAll(AssetKind::Material, data->materials, "", "Material", true);
+    const std::vector<AssetId> skeletons =
+        registerAll(AssetKind::Skeleton, data->skeletons, "skel#", "Skeleton", false);
+    registerAll(AssetKind::Rig, data->rigs, "rig#", "Rig", false);
+    scene.meshes = registerAll(AssetKind::Mesh, data->meshes, "mesh#", "Mesh", true);
+    for (std::size_t i = 0; i < scene.meshes.size(); ++i)
     {
-        const std::string name = OrWord(data.clips[i].name, "Clip");
-        RegisterPart(record, AssetKind::AnimationClip, numbered(name, i), name, i, withFile(name));
+        const ImportedMesh& entry = data->meshes[i];
+        MeshAsset& mesh = meshes_[scene.meshes[i]] = entry.mesh;
+        const auto skeleton = static_cast<std::size_t>(entry.skeleton);
+        mesh.skeleton = skeleton < skeletons.size() ? skeletons[skeleton] : 0;
+        failedAssets_.erase(scene.meshes[i]);
     }
-    LogScene(Core::LogLevel::Info, "Imported scene with " + std::to_string(data.nodes.size()) + " nodes, " +
-                                       std::to_string(data.meshes.size()) + " unique meshes, " +
-                                       std::to_string(data.skeletons.size()) + " skeletons, " +
-                                       std::to_string(data.clips.size()) + " clips, and " +
-                                       std::to_string(data.materials.size()) + " materials.");
-    sceneRecords_[record.id] = std::make_shared<const ImportedSceneData>(std::move(data));
+    registerAll(AssetKind::AnimationClip, data->clips, "", "Clip", true);
+    for (const AssetId mesh : oldMeshes)
+    {
+        if (!registry_.FindRecord(mesh))
+        {
+            DropMesh(mesh);
+        }
+    }
+    failedAssets_.erase(record.id);
+    const std::string counts = std::to_string(data->nodes.size()) + " nodes, " +
+                               std::to_string(data->meshes.size()) + " unique meshes, " +
+                               std::to_string(data->skeletons.size()) + " skeletons, " +
+                               std::to_string(data->clips.size()) + " clips, and " +
+                               std::to_string(data->materials.size()) + " materials.";
+    scene.data = std::move(data);
+    sceneRecords_[record.id] = std::move(scene);
+    LogScene(Core::LogLevel::Info, "Imported scene with " + counts);
 }
 
 } // namespace Vornu::Assets

@@ -51,7 +51,7 @@ struct ImportedSceneData
     std::vector<ImportedPart> clips;
 };
 
-/// Reads a model file. Throws `std::exception` when it can't.
+/// Reads a model file. Throws when it can't. Called from any thread, and from several at once.
 using ModelImporterFunction = std::function<ImportedSceneData(const std::filesystem::path&)>;
 
 /// Sets the process's importer; an empty one takes it out. Safe from any thread.

@@ -1,6 +1,7 @@
 #include "engine/assets/AssetManager.h"
 
 #include "engine/assets/AssetReference.h"
+#include "engine/assets/formats/CookedModel.h"
 #include "engine/assets/formats/ImageDecoder.h"
 #include "engine/assets/formats/NativeMesh.h"
 #include "engine/core/Logger.h"
@@ -24,6 +25,12 @@ namespace
 {
 
 using Test::TestFolder;
+
+std::string CookedModelText()
+{
+    const std::vector<std::byte> bytes = EncodeCookedModel({});
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
 
 class AssetManagerTest : public testing::Test
 {
@@ -133,7 +140,16 @@ TEST_F(AssetManagerTest, OffersBuiltinsAndNamesModelsWithoutImporter)
 
 TEST_F(AssetManagerTest, AReadOnlyMountWantsItsFolderAndWritesNothing)
 {
-    EXPECT_THROW(assets_.Initialize(content_ / "none", AssetMountMode::ReadOnly), std::runtime_error);
+    try
+    {
+        assets_.Initialize(content_ / "none", AssetMountMode::ReadOnly);
+        ADD_FAILURE();
+    }
+    catch (const std::runtime_error& fault)
+    {
+        EXPECT_EQ(std::string(fault.what()),
+                  "Read-only asset content directory is missing: " + (content_ / "none").native());
+    }
     WriteMesh("good.vmesh", 1);
     const std::string before = content_.List();
     assets_.Initialize(content_.Path(), AssetMountMode::ReadOnly);
@@ -167,10 +183,10 @@ TEST_F(AssetManagerTest, FinishesRequestsAndReloadsInUpdates)
     EXPECT_EQ(assets_.FindMesh(good)->submeshes.size(), 2u);
     EXPECT_NE(assets_.FailureText(good), "");
     EXPECT_FALSE(assets_.ReloadAsset(0));
-    EXPECT_FALSE(assets_.ReloadAsset(assets_.DefaultMaterial()));
 
     const AssetId cube = Find("builtin:Cube");
     EXPECT_TRUE(assets_.ReloadAsset(cube));
+    EXPECT_TRUE(assets_.ReloadAsset(Find("builtin:White")));
     const AssetLoadHandle cubeHandle = assets_.RequestMeshLoad(cube);
     FinishLoads();
     EXPECT_EQ(AssetLoader::State(cubeHandle), AssetLoadState::Ready);
@@ -251,17 +267,21 @@ TEST_F(AssetManagerTest, AnImporterGivesModelsTheirParts)
     content_.Write("Models/broken.glb", "");
     content_.Write("note.txt", "");
     int imports = 0;
+    std::vector<std::string> meshes{"wall"};
     SetModelImporter(
         [&](const std::filesystem::path& path)
         {
             ++imports;
             if (path.extension() == ".glb")
             {
-                throw std::runtime_error("torn");
+                throw 1;
             }
             ImportedSceneData data;
             data.nodes.resize(2);
-            data.meshes.push_back({"wall", BuiltinMeshes()[0].make(), 0});
+            for (const std::string& mesh : meshes)
+            {
+                data.meshes.push_back({mesh, BuiltinMeshes()[0].make(), 0});
+            }
             data.materials = {{"brick"}, {""}};
             data.skeletons = {{"A B"}};
             return data;
@@ -274,7 +294,7 @@ TEST_F(AssetManagerTest, AnImporterGivesModelsTheirParts)
     EXPECT_EQ(progress.total, 2u);
     EXPECT_EQ(progress.finished, 2u);
     EXPECT_EQ(imports, 3) << "a scene that is there isn't imported again";
-    EXPECT_EQ(CountLogged("Failed to load scene asset: torn"), 1u);
+    EXPECT_EQ(CountLogged("Failed to load scene asset: unknown exception"), 1u);
     EXPECT_EQ(
         CountLogged("Imported scene with 2 nodes, 1 unique meshes, 1 skeletons, 0 clips, and 2 materials."),
         1u);
@@ -289,16 +309,36 @@ TEST_F(AssetManagerTest, AnImporterGivesModelsTheirParts)
     EXPECT_EQ(registry.FindRecord(skeleton)->dataPath, assets_.RootPath() / "Models/Skeletons/0_A_B.vskel");
     const AssetId unnamed = registry.FindSubAsset(model, "Material#1", AssetKind::Material);
     ASSERT_NE(unnamed, 0u);
-    EXPECT_EQ(registry.FindRecord(unnamed)->name, "house.fbx/Material");
+    EXPECT_EQ(registry.FindRecord(unnamed)->name, "house.fbx/");
 
     assets_.Refresh(true);
     EXPECT_EQ(imports, 4);
     EXPECT_EQ(registry.FindSubAsset(model, "mesh#wall#0", AssetKind::Mesh), mesh) << "its GUID is listed";
     EXPECT_TRUE(assets_.EnsureMeshLoaded(mesh));
-    const std::uint64_t generation = assets_.TableGeneration();
+    const AssetLoadHandle held = assets_.RequestMeshLoad(mesh);
+    std::uint64_t generation = assets_.TableGeneration();
     assets_.Refresh(false);
     EXPECT_FALSE(assets_.EnsureMeshLoaded(mesh));
     EXPECT_EQ(assets_.TableGeneration(), generation + 1);
+    EXPECT_TRUE(assets_.LoadSceneAsset(registry.FindByPath(model)));
+    EXPECT_TRUE(assets_.EnsureMeshLoaded(mesh)) << "the parts come back without another import";
+    EXPECT_EQ(imports, 4);
+
+    meshes = {"door", "wall"};
+    EXPECT_TRUE(assets_.ReloadAsset(mesh));
+    EXPECT_EQ(registry.FindSubAsset(model, "mesh#wall#1", AssetKind::Mesh), mesh)
+        << "a renumbered part keeps its identity";
+    meshes = {"door"};
+    generation = assets_.TableGeneration();
+    EXPECT_TRUE(assets_.ReloadAsset(registry.FindByPath(model)));
+    EXPECT_FALSE(assets_.EnsureMeshLoaded(mesh));
+    EXPECT_EQ(assets_.TableGeneration(), generation + 1);
+
+    content_.Write("Models/cooked.fbx", CookedModelText());
+    assets_.Refresh(false);
+    const std::filesystem::path cooked = assets_.RootPath() / "Models/cooked.fbx";
+    EXPECT_FALSE(assets_.LoadSceneAsset(registry.FindByPath(cooked)));
+    EXPECT_EQ(CountLogged("Failed to load scene asset: Failed to load cooked model: " + cooked.native()), 1u);
 
     EXPECT_EQ(assets_.ImportSceneFile(content_ / "none.fbx"), 0u);
     EXPECT_EQ(CountLogged("Import failed. Source file does not exist: " + (content_ / "none.fbx").native()),
@@ -319,6 +359,8 @@ TEST_F(AssetManagerTest, ReadOnlyRefusesWhatChangesTheDisk)
         assets_.Initialize(content_.Path(), AssetMountMode::Authoring);
         const AssetId mesh = assets_.CreateMeshAsset(content_ / "new.vmesh", BuiltinMeshes()[0].make());
         EXPECT_TRUE(assets_.EnsureMeshLoaded(mesh));
+        EXPECT_EQ(assets_.CreateMeshAsset(content_ / "new.vmesh", {}), 0u) << "it exists";
+        EXPECT_EQ(assets_.CreateMeshAsset(content_ / "new.png", {}), 0u);
         EXPECT_EQ(assets_.CreateMeshAsset(content_ / "new.vmesh/x.vmesh", {}), 0u);
         return mesh;
     }();

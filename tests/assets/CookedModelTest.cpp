@@ -54,12 +54,12 @@ TEST(CookedModel, ComesBackAndNoCutOrFlippedFileDoes)
     {
         EXPECT_FALSE(ParseCookedModel(std::span(file).first(size), "m.fbx", model, error)) << size;
     }
-    // The last 8 bytes of the header are read by nobody.
-    for (std::size_t bit = 0; bit < (kContainerHeaderSize - 8) * 8; ++bit)
+    for (std::size_t bit = 0; bit < kContainerHeaderSize * 8; ++bit)
     {
         std::vector<std::byte> flipped = file;
         flipped[bit / 8] ^= std::byte{1} << bit % 8;
-        EXPECT_FALSE(ParseCookedModel(flipped, "m.fbx", model, error)) << bit;
+        const bool isReserved = bit / 8 >= kContainerHeaderSize - 8; // read by nobody
+        EXPECT_EQ(ParseCookedModel(flipped, "m.fbx", model, error), isReserved) << bit;
     }
 }
 

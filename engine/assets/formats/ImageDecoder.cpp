@@ -3,6 +3,7 @@
 #include "engine/assets/AssetKind.h"
 
 #include <map>
+#include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -16,7 +17,7 @@ namespace
 struct DecoderTable
 {
     std::mutex mutex;
-    std::map<std::string, ImageDecoder, std::less<>> decoders; // by extension
+    std::map<std::string, std::shared_ptr<const ImageDecoder>, std::less<>> decoders; // by extension
 };
 
 DecoderTable& Decoders()
@@ -25,7 +26,7 @@ DecoderTable& Decoders()
     return table;
 }
 
-ImageDecoder FindDecoder(std::string_view extension)
+std::shared_ptr<const ImageDecoder> FindDecoder(std::string_view extension)
 {
     DecoderTable& table = Decoders();
     const std::lock_guard lock(table.mutex);
@@ -37,22 +38,27 @@ ImageDecoder FindDecoder(std::string_view extension)
 
 void RegisterImageDecoder(std::string_view extension, ImageDecoder decoder)
 {
+    std::shared_ptr<const ImageDecoder> shared;
+    if (decoder)
+    {
+        shared = std::make_shared<const ImageDecoder>(std::move(decoder));
+    }
     DecoderTable& table = Decoders();
     const std::lock_guard lock(table.mutex);
-    table.decoders.insert_or_assign(std::string(extension), std::move(decoder));
+    table.decoders[std::string(extension)].swap(shared); // the old one goes once the lock is free
 }
 
 ImportedTexture DecodeImage(const std::filesystem::path& path)
 {
     const std::string extension = LowerExtension(path);
-    const ImageDecoder decoder = FindDecoder(extension);
+    const std::shared_ptr<const ImageDecoder> decoder = FindDecoder(extension);
     if (!decoder)
     {
         throw std::runtime_error(
             "No image decoder for '" + extension +
             "' is registered in this program (source importers are authoring-only): " + path.native());
     }
-    return decoder(path);
+    return (*decoder)(path);
 }
 
 } // namespace Vornu::Assets
