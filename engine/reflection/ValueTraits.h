@@ -6,7 +6,9 @@
 #include <glm/fwd.hpp>
 
 #include <any>
+#include <array>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -22,6 +24,8 @@ template<class Value>
 inline constexpr bool kIsCollection = false;
 template<class Element>
 inline constexpr bool kIsCollection<std::vector<Element>> = true;
+template<class Element, std::size_t kSize>
+inline constexpr bool kIsCollection<std::array<Element, kSize>> = true;
 
 namespace Detail
 {
@@ -33,6 +37,10 @@ struct LeafOf
 };
 template<class Element>
 struct LeafOf<std::vector<Element>> : LeafOf<Element>
+{
+};
+template<class Element, std::size_t kSize>
+struct LeafOf<std::array<Element, kSize>> : LeafOf<Element>
 {
 };
 
@@ -137,10 +145,11 @@ bool MatchesScalar(const ValueSchema& schema)
            schema.shape == (isObject ? ValueShape::Object : ValueShape::Scalar);
 }
 
-template<class Element>
+template<class Collection>
 bool MatchesCollection(const ValueSchema& schema)
 {
-    return schema.type == TypeIdOf<std::vector<Element>>() && schema.shape == ValueShape::Collection &&
+    using Element = typename Collection::value_type;
+    return schema.type == TypeIdOf<Collection>() && schema.shape == ValueShape::Collection &&
            schema.kind == PropertyKind::Custom && schema.element &&
            AccessorsOf<Element>().matches(*schema.element);
 }
@@ -152,19 +161,27 @@ bool WriteEnum(void* data, const EnumEntry& entry)
     return true;
 }
 
-template<class Element>
+/// A fixed array can be resized to its own size alone.
+template<class Collection>
+bool ResizeCollection(void* data, std::size_t count)
+{
+    auto& collection = *static_cast<Collection*>(data);
+    if constexpr (requires { collection.resize(count); })
+    {
+        collection.resize(count);
+    }
+    return collection.size() == count;
+}
+
+template<class Collection>
 ValueAccessors MakeCollectionAccessors()
 {
-    using Collection = std::vector<Element>;
+    using Element = typename Collection::value_type;
     ValueAccessors table;
-    table.matches = &MatchesCollection<Element>;
+    table.matches = &MatchesCollection<Collection>;
     table.shape = ValueShape::Collection;
     table.size = [](const void* data) { return static_cast<const Collection*>(data)->size(); };
-    table.resize = [](void* data, std::size_t count)
-    {
-        static_cast<Collection*>(data)->resize(count);
-        return true;
-    };
+    table.resize = &ResizeCollection<Collection>;
     table.constElement = [](const void* data, std::size_t index, ElementCallback callback)
     {
         const Collection& collection = *static_cast<const Collection*>(data);
@@ -206,10 +223,11 @@ struct AccessorTable
         return table;
     }
 };
-template<class Element>
-struct AccessorTable<std::vector<Element>>
+template<class Value>
+requires kIsCollection<Value>
+struct AccessorTable<Value>
 {
-    static ValueAccessors Make() { return MakeCollectionAccessors<Element>(); }
+    static ValueAccessors Make() { return MakeCollectionAccessors<Value>(); }
 };
 
 [[noreturn]] void ThrowKindMismatch();

@@ -3,6 +3,7 @@
 #include "engine/reflection/SchemaCodec.h"
 #include "engine/reflection/ValueBuilder.h"
 #include "engine/scene/ComponentRegistry.h"
+#include "engine/scene/EntityReference.h"
 #include "engine/scene/EntityReferenceRemapper.h"
 #include "engine/scene/Registry.h"
 #include "engine/scene/components/CoreComponents.h"
@@ -140,6 +141,11 @@ void InstallEntityOperations(ComponentTypeEntry& entry)
         [&entry](const Registry& source, Registry& target, Entity from, Entity to, ComponentCopyKind kind)
     { CopyComponent<Component>(entry, source, target, from, to, kind); };
 }
+
+/// Throws `std::invalid_argument` for a name that is there already.
+void AddSaveGameField(ComponentTypeEntry& entry, SaveGameField field);
+/// The same for a path, and for an empty one.
+void AddReplicatedField(ComponentTypeEntry& entry, ReplicatedField field);
 
 template<class Owner, class Value>
 std::size_t MemberOffset(Value Owner::*member)
@@ -306,14 +312,8 @@ public:
                                  bool requirePersistent = false)
     {
         OnSave(
-            [=](Component& component, const ComponentSaveContext& context)
-            {
-                const bool live = RefreshLinkGuid(*context.registry, component.*handle, component.*guid);
-                if (!live && requirePersistent && component.*handle != kNullEntity &&
-                    !(component.*guid).IsValid())
-                {
-                    throw std::runtime_error("Entity reference has no persistent GUID.");
-                }
+            [=](Component& component, const ComponentSaveContext& context) {
+                RefreshLinkForSave(*context.registry, component.*handle, component.*guid, requirePersistent);
             });
         OnResolve(
             [=](Component& component, Registry& registry, Entity)
@@ -322,10 +322,82 @@ public:
                 {
                     component.*handle = registry.FindEntityByGuid(component.*guid);
                 }
-                RefreshLinkGuid(registry, component.*handle, component.*guid);
+                RefreshLink(registry, component.*handle, component.*guid);
             });
         return OnRemap([=](Component& component, const EntityReferenceRemapper& remapper)
                        { remapper.RemapEntityReference(component.*handle, component.*guid); });
+    }
+
+    /// A member of a type that `WriteSaveGameValue` takes, as part of the state that saved games keep.
+    template<class Value, class Owner>
+    ComponentBuilder& SaveGame(const char* name, Value Owner::*member)
+    {
+        Value Component::*const own = member;
+        return SaveGameValue(
+            name,
+            [own](const Component& component, Core::ByteWriter& writer)
+            { WriteSaveGameValue(writer, component.*own); },
+            [own](Component& component, Core::ByteReader& reader)
+            { ReadSaveGameValue(reader, component.*own); });
+    }
+
+    /// A handle, which a saved game keeps as the GUID of its entity.
+    template<class Owner>
+    ComponentBuilder& SaveGameEntity(const char* name, Entity Owner::*member)
+    {
+        Entity Component::*const own = member;
+        return AddSaveGameField(
+            name,
+            [own](const void* component, Core::ByteWriter& writer, const SaveGameFieldCodecContext& context)
+            { WriteSaveGameEntity(writer, static_cast<const Component*>(component)->*own, context); },
+            [own](void* component, Core::ByteReader& reader, const SaveGameFieldCodecContext& context)
+            { ReadSaveGameEntity(reader, static_cast<Component*>(component)->*own, context); });
+    }
+
+    /// `write(const Component&, ByteWriter&)` and `read(Component&, ByteReader&)`.
+    template<class Write, class Read>
+    ComponentBuilder& SaveGameValue(const char* name, Write write, Read read)
+    {
+        return AddSaveGameField(
+            name,
+            [write](const void* component, Core::ByteWriter& writer, const SaveGameFieldCodecContext&)
+            { write(*static_cast<const Component*>(component), writer); },
+            [read](void* component, Core::ByteReader& reader, const SaveGameFieldCodecContext&)
+            { read(*static_cast<Component*>(component), reader); });
+    }
+
+    template<class Write, class Read>
+    ComponentBuilder& AddSaveGameField(const char* name, Write write, Read read)
+    {
+        Detail::AddSaveGameField(entry_, {name, std::move(write), std::move(read)});
+        entry_.saveGame.applyWrapper = [](void* component, const std::function<void(void*)>& applyAll)
+        {
+            Component copy = *static_cast<const Component*>(component);
+            applyAll(&copy);
+            *static_cast<Component*>(component) = std::move(copy);
+        };
+        return *this;
+    }
+
+    ComponentBuilder& SaveGameVersion(std::uint32_t version)
+    {
+        entry_.saveGame.version = version;
+        return *this;
+    }
+
+    /// `function(SaveGameFieldSet&, uint32 fromVersion)` brings stored state of an older version up to date.
+    template<class Function>
+    ComponentBuilder& MigrateSaveGame(Function function)
+    {
+        entry_.saveGame.migrate = std::move(function);
+        return *this;
+    }
+
+    /// A property, named by its path from the component, that a game sends over a network.
+    ComponentBuilder& Replicated(const std::string& path, const ReplicatedFieldSettings& settings = {})
+    {
+        Detail::AddReplicatedField(entry_, {path, settings});
+        return *this;
     }
 
     /// Accepts another record name for the main record; `rewrite(SchemaRecord&)` turns one into the other.
@@ -385,20 +457,6 @@ private:
     {
         entry_.fields.push_back(
             {std::move(name), Detail::MemberOffset<Component>(member), sizeof(Value), alignof(Value), role});
-    }
-
-    /// Stores the GUID of the entity that the handle names. False, with the stored one kept, when it names no
-    /// live entity with a GUID.
-    static bool RefreshLinkGuid(const Registry& registry, Entity handle, Core::Guid& guid)
-    {
-        const auto* const identity =
-            registry.IsValid(handle) ? registry.TryGet<EntityGuidComponent>(handle) : nullptr;
-        if (identity == nullptr)
-        {
-            return false;
-        }
-        guid = identity->guid;
-        return true;
     }
 
     ComponentTypeEntry& entry_;

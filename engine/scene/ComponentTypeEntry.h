@@ -4,6 +4,7 @@
 #include "engine/reflection/SchemaRecord.h"
 #include "engine/reflection/TypeId.h"
 #include "engine/scene/Entity.h"
+#include "engine/scene/SaveGameFields.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -161,6 +162,9 @@ struct ComponentTypeEntry
     std::vector<std::function<void(void* component, const EntityReferenceRemapper& remapper)>> remapHooks;
     std::vector<std::function<void(void* component)>> transientResets;
     std::vector<std::function<void(void* component, ComponentCopyKind kind)>> copyHooks;
+
+    ComponentSaveGameFields saveGame;
+    std::vector<ReplicatedField> replicatedFields;
 
     bool multiRecord = false; // the record list was replaced
 

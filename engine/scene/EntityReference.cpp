@@ -3,6 +3,8 @@
 #include "engine/scene/Registry.h"
 #include "engine/scene/components/CoreComponents.h"
 
+#include <stdexcept>
+
 namespace Vornu::Scene
 {
 namespace
@@ -38,6 +40,25 @@ Entity ResolveEntityReference(EntityReference& reference, const Registry& regist
         reference.entity = registry.FindEntityByGuid(reference.guid);
     }
     return reference.entity;
+}
+
+bool RefreshLink(const Registry& registry, Entity handle, Core::Guid& guid)
+{
+    const EntityGuidComponent* const component = FindGuidComponent(registry, handle);
+    if (component == nullptr)
+    {
+        return false;
+    }
+    guid = component->guid;
+    return true;
+}
+
+void RefreshLinkForSave(const Registry& registry, Entity handle, Core::Guid& guid, bool requirePersistent)
+{
+    if (!RefreshLink(registry, handle, guid) && requirePersistent && handle != kNullEntity && !guid.IsValid())
+    {
+        throw std::runtime_error("Entity reference has no persistent GUID.");
+    }
 }
 
 } // namespace Vornu::Scene

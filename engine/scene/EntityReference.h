@@ -18,6 +18,14 @@ struct EntityReference
 /// The GUID of an entity, or the null GUID when the handle isn't alive or the entity has none.
 Core::Guid GetGuid(const Registry& registry, Entity entity);
 
+/// Stores the GUID of the entity that the handle names. False, with the stored one kept, when it names no
+/// live entity with a GUID.
+bool RefreshLink(const Registry& registry, Entity handle, Core::Guid& guid);
+
+/// The same, for a link that is going to be saved. With `requirePersistent` throws `std::runtime_error` for a
+/// handle that gives no GUID, with none stored.
+void RefreshLinkForSave(const Registry& registry, Entity handle, Core::Guid& guid, bool requirePersistent);
+
 /// A reference to `entity`; empty unless the entity is alive and has an EntityGuidComponent.
 EntityReference MakeEntityReference(const Registry& registry, Entity entity);
 
