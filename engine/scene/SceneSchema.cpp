@@ -19,9 +19,23 @@ void RegisterTypes(Reflection::ReflectionRegistry& reflection)
     Assets::RegisterAssetTypes(reflection);
     RegisterEnvironmentTypes();
     RegisterCoreComponents();
+    RegisterPhysicsComponents();
+    RegisterOceanComponents();
+    RegisterScriptingComponents();
     RegisterRenderingComponents();
+    RegisterParticleComponents();
+    RegisterAnimationComponents();
     RegisterLightingComponents();
     RegisterGameplayComponents();
+    RegisterNavigationComponents();
+    RegisterSplineComponents();
+    RegisterTerrainComponents();
+    RegisterAiComponents();
+    RegisterStreamingComponents();
+    RegisterVfxComponents();
+    RegisterAudioComponents();
+    RegisterUiComponents();
+    RegisterNetworkComponents();
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 #include "engine/scene/ComponentBuilder.h"
 #include "engine/scene/components/CoreComponents.h"
 
+#include <utility>
+
 namespace Vornu::Scene
 {
 
@@ -19,6 +21,20 @@ void WrapTransform(Reflection::SchemaRecord& record)
     auto* const flat = new (arena.Allocate<Reflection::SchemaRecord>(1)) Reflection::SchemaRecord(record);
     record = Reflection::SchemaRecord(arena, "TransformComponent", 1, 1);
     record.Append("transform", flat);
+}
+
+ReplicatedFieldSettings Smooth()
+{
+    ReplicatedFieldSettings settings;
+    settings.interpolated = true;
+    return settings;
+}
+
+ReplicatedFieldSettings SmoothAngle()
+{
+    ReplicatedFieldSettings settings = Smooth();
+    settings.wrapsAround = true;
+    return settings;
 }
 
 /// Version 1 named the entity of an override `entityGuid`. Beside a `localGuid` it has no meaning.
@@ -75,7 +91,10 @@ void RegisterCoreComponents()
     RegisterComponent<TransformComponent>("TransformComponent", "Transform", "Core",
                                           ComponentFlags::Serialized | ComponentFlags::EntityFrame)
         .Field("transform", &TransformComponent::transform, Label("Transform"))
-        .RecordAlias("Transform", &WrapTransform);
+        .RecordAlias("Transform", &WrapTransform)
+        .Replicated("transform.position", Smooth().Quantized(0.001f, 0, 0))
+        .Replicated("transform.rotation", SmoothAngle().Quantized(0.01f, -720, 720))
+        .Replicated("transform.scale");
 
     RegisterComponent<HierarchyComponent>("HierarchyComponent", "Hierarchy", "Core", kEntityFrame)
         .Field("parent", &HierarchyComponent::parent,

@@ -1,10 +1,45 @@
 #include "engine/scene/components/Registration.h"
 
 #include "engine/scene/ComponentBuilder.h"
+#include "engine/scene/components/ClothComponents.h"
+#include "engine/scene/components/OceanComponents.h"
 #include "engine/scene/components/RenderingComponents.h"
+#include "engine/scene/components/SplineComponents.h"
+#include "engine/scene/components/TerrainComponents.h"
 
 namespace Vornu::Scene
 {
+namespace
+{
+
+/// Whether the entity has a component that generated the mesh.
+template<class Component>
+bool Generated(const ComponentSaveContext& context, Assets::AssetId mesh)
+{
+    const auto* const component = context.registry->TryGet<Component>(context.entity);
+    return component != nullptr && component->generatedMesh == mesh;
+}
+
+/// A mesh that another component makes at run time is none of the file's.
+void DropGeneratedMesh(MeshRendererComponent& renderer, const ComponentSaveContext& context)
+{
+    if (renderer.mesh == 0)
+    {
+        return;
+    }
+    if (Generated<SplineComponent>(context, renderer.mesh) ||
+        Generated<TerrainComponent>(context, renderer.mesh) ||
+        Generated<OceanComponent>(context, renderer.mesh))
+    {
+        renderer.mesh = 0;
+    }
+    else if (Generated<ClothComponent>(context, renderer.mesh))
+    {
+        renderer.mesh = context.registry->TryGet<ClothComponent>(context.entity)->sourceMesh;
+    }
+}
+
+} // namespace
 
 void RegisterRenderingComponents()
 {
@@ -32,7 +67,8 @@ void RegisterRenderingComponents()
         .Field("lodDistanceScale", &MeshRendererComponent::lodDistanceScale,
                Label("LOD Distance Scale").Range(0.01f, 100).Group("LOD"))
         .Field("maxDrawDistance", &MeshRendererComponent::maxDrawDistance,
-               Label("Max Draw Distance").Range(0, 100000).Group("LOD"));
+               Label("Max Draw Distance").Range(0, 100000).Group("LOD"))
+        .OnSave(&DropGeneratedMesh);
 
     RegisterComponent<BillboardComponent>("BillboardComponent", "Billboard", "Rendering", kAuthored)
         .Description("Draws a camera-facing sprite or quad.")
