@@ -49,6 +49,13 @@ public:
     /// without an opening quote is one word, and one without a closing quote takes the rest and fails.
     TokenReader& Read(std::string& text);
 
+    /// Lets reading go on at the present position, as a stream's `clear` does.
+    void ClearFailure() noexcept
+    {
+        eof_ = false;
+        failed_ = false;
+    }
+
     /// What stands behind the white space at the present position; doesn't change the state.
     std::string_view Rest() const noexcept;
 

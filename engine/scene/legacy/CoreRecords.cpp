@@ -1,6 +1,5 @@
 #include "engine/scene/legacy/Records.h"
 
-#include <algorithm>
 #include <array>
 
 namespace Vornu::Scene::Legacy
@@ -24,11 +23,8 @@ void ReadPrefabInstance(RecordLine& line, RecordContext& context)
 
 void ReadGameplayLayer(RecordLine& line, RecordContext& context)
 {
-    constexpr auto kLast = static_cast<std::uint32_t>(GameplayLayer::Interactable);
     auto component = BeginComponent<GameplayLayerComponent>(context, "Duplicate gameplay_layer component.");
-    std::uint32_t layer = 0;
-    line.Read(layer);
-    component.layer = static_cast<GameplayLayer>(std::min(layer, kLast));
+    line.Read(CutField{component.layer, GameplayLayer::Interactable});
     context.entity.components.Set(component);
 }
 

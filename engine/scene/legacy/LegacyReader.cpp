@@ -48,7 +48,10 @@ EntityRecordReader FindEntityRecord(std::string_view keyword)
     static const auto table = []
     {
         std::unordered_map<std::string_view, EntityRecordReader> readers;
-        for (const auto records : {CoreRecords(), RenderingRecords(), LightRecords()})
+        for (const auto records :
+             {CoreRecords(), RenderingRecords(), LightRecords(), AnimatorRecords(), PhysicsRecords(),
+              BuoyancyRecords(), ClothRecords(), TerrainRecords(), OceanRecords(), GameplayRecords(),
+              NavigationRecords(), SplineRecords(), EffectRecords(), ScriptRecords()})
         {
             for (const EntityRecord& record : records)
             {
@@ -206,7 +209,7 @@ private:
         }
         if (const EntityRecordReader read = FindEntityRecord(keyword))
         {
-            RecordContext record{scene_.version, *entity_, assets_};
+            RecordContext record{scene_.version, *entity_, assets_, keyword};
             read(line, record);
         }
     }
@@ -289,7 +292,7 @@ private:
 
     void ReadSchemaBlock(std::string_view line, std::string_view keyword)
     {
-        if (scene_.version < kNamedRecordsVersion)
+        if (scene_.version < kNamedRecordsVersion || (entity_ && entity_->scripts.open))
         {
             throw std::runtime_error("Schema requires scene version 6 and cannot appear inside a script.");
         }
@@ -310,6 +313,10 @@ private:
             throw std::runtime_error("Component schema requires an entity.");
         }
         PendingEntity& entity = *entity_;
+        if (record.name == "ScriptComponentRecord" && entity.scripts.seen)
+        {
+            throw std::runtime_error(kMixedScripts);
+        }
         entity.AddNamedRecord(record.name == "Transform" ? "TransformComponent" : record.name);
         entity.recordStage.Load(record, source_.Position() - previousRecordEnd_);
     }

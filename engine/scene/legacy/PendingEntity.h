@@ -4,10 +4,24 @@
 #include "engine/reflection/TypeId.h"
 #include "engine/scene/EntityRecordStage.h"
 #include "engine/scene/Registry.h"
+#include "engine/scene/components/AiComponents.h"
+#include "engine/scene/components/AnimatorComponents.h"
+#include "engine/scene/components/AudioComponents.h"
+#include "engine/scene/components/BuoyancyComponents.h"
+#include "engine/scene/components/ClothComponents.h"
 #include "engine/scene/components/CoreComponents.h"
 #include "engine/scene/components/GameplayComponents.h"
 #include "engine/scene/components/LightingComponents.h"
+#include "engine/scene/components/NavigationComponents.h"
+#include "engine/scene/components/OceanComponents.h"
+#include "engine/scene/components/ParticleComponents.h"
+#include "engine/scene/components/PhysicsComponents.h"
 #include "engine/scene/components/RenderingComponents.h"
+#include "engine/scene/components/ScriptComponents.h"
+#include "engine/scene/components/SplineComponents.h"
+#include "engine/scene/components/StreamingComponents.h"
+#include "engine/scene/components/TerrainComponents.h"
+#include "engine/scene/components/UiComponents.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -41,7 +55,13 @@ struct SlotList
 
 /// The components that positional records fill, in the order in which they are attached.
 using Slots =
-    SlotList<PrefabInstanceComponent, MeshRendererComponent, CameraComponent, GameplayLayerComponent,
+    SlotList<PrefabInstanceComponent, MeshRendererComponent, AnimatorComponent, CameraComponent,
+             GameplayLayerComponent, NavigationBakeComponent, SplineComponent, TerrainComponent,
+             OceanComponent, CharacterControllerComponent, FirstPersonCameraControllerComponent,
+             PathWalkerComponent, BlackboardComponent, AIControllerComponent, WorldStreamingSourceComponent,
+             WorldChunkComponent, ThirdPersonCameraControllerComponent, HealthComponent, SpawnPointComponent,
+             ParticleEmitterComponent, AudioSourceComponent, AudioListenerComponent, UICanvasComponent,
+             RigidBodyComponent, ColliderComponent, ConstraintComponent, BuoyancyComponent, ClothComponent,
              DirectionalLightComponent, PointLightComponent, SpotLightComponent, RotatorComponent>;
 
 } // namespace Detail
@@ -90,6 +110,13 @@ public:
         return value;
     }
 
+    template<class Component>
+    Component& FindOrAdd()
+    {
+        Component* const present = Find<Component>();
+        return present != nullptr ? *present : Set(Component{});
+    }
+
     /// In order of attachment.
     const std::vector<std::unique_ptr<Slot>>& Filled() const noexcept { return slots_; }
 
@@ -127,6 +154,14 @@ private:
     std::vector<std::unique_ptr<Slot>> slots_;
 };
 
+/// The scripts that positional records have given an entity.
+struct PendingScripts
+{
+    bool seen = false; // a record of scripts was there, even if it gave none
+    bool open = false; // the last script still takes fields
+    std::vector<ScriptAttachment> scripts;
+};
+
 /// One entity between its `entity` line and the end of the file.
 struct PendingEntity
 {
@@ -141,6 +176,8 @@ struct PendingEntity
     Transform transform;
     EntityRecordStage recordStage;
     PendingComponents components;
+    PendingScripts scripts;
+    bool clothSeen = false; // a `cloth` line, not one of its details
 
     /// Notes the name of a schema record, or the word `parent`; false when it was there already.
     bool AddNamedRecord(std::string_view recordName)

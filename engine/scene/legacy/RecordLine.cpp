@@ -9,7 +9,10 @@ void RecordLine::ReadField(const AssetField& field)
 {
     std::string text;
     tokens_.Read(text);
-    field.id = Assets::ResolveAssetReference(assets_, text);
+    if (tokens_ || !text.empty())
+    {
+        field.id = Assets::ResolveAssetReference(*assets_, text);
+    }
 }
 
 void RecordLine::ReadField(const GuidField& field)

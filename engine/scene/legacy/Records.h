@@ -3,16 +3,20 @@
 #include "engine/scene/legacy/PendingEntity.h"
 #include "engine/scene/legacy/RecordLine.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace Vornu::Assets
 {
 class AssetManager;
-}
+class AssetRegistry;
+} // namespace Vornu::Assets
 
 namespace Vornu::Scene
 {
@@ -29,6 +33,7 @@ struct RecordContext
     std::uint32_t version = 0; // of the file
     PendingEntity& entity;
     Assets::AssetManager& assets;
+    std::string_view keyword;
 };
 
 /// One keyword inside an entity.
@@ -50,9 +55,60 @@ std::span<const EnvironmentRecord> EnvironmentRecords() noexcept;
 std::span<const EntityRecord> CoreRecords() noexcept;
 std::span<const EntityRecord> RenderingRecords() noexcept;
 std::span<const EntityRecord> LightRecords() noexcept;
+std::span<const EntityRecord> AnimatorRecords() noexcept;
+std::span<const EntityRecord> PhysicsRecords() noexcept;
+std::span<const EntityRecord> BuoyancyRecords() noexcept;
+std::span<const EntityRecord> ClothRecords() noexcept;
+std::span<const EntityRecord> TerrainRecords() noexcept;
+std::span<const EntityRecord> OceanRecords() noexcept;
+std::span<const EntityRecord> GameplayRecords() noexcept;
+std::span<const EntityRecord> NavigationRecords() noexcept;
+std::span<const EntityRecord> SplineRecords() noexcept;
+std::span<const EntityRecord> EffectRecords() noexcept;
+std::span<const EntityRecord> ScriptRecords() noexcept;
 
-/// The last steps of a renderer that came from positional records, when all of its entity has been read.
+// The last steps of components that came from positional records, when all of their entity has been read.
 void CompleteMeshRenderer(MeshRendererComponent& renderer, Assets::AssetManager& assets);
+void CompleteAnimator(AnimatorComponent& animator);
+void CompleteScripts(std::vector<ScriptAttachment>& scripts, const Assets::AssetRegistry& assets);
+
+/// A detail record can't change a component that stands in the file as a schema record.
+inline void RefuseNamedRecord(const RecordContext& context, std::string_view recordName, const char* fault)
+{
+    if (context.entity.HasNamedRecord(recordName))
+    {
+        throw std::runtime_error(fault);
+    }
+}
+
+inline constexpr char kMixedScripts[] = "Mixed named and legacy script records.";
+
+inline constexpr std::uint64_t kMaxListSize = 65536;        // of a list that a line's index lets grow
+inline constexpr std::uint64_t kMaxSampleCount = 0x1000000; // that a line may announce
+
+/// The element of a list that a line addresses; the list grows to hold it, filled with `fill`.
+template<class Element>
+Element& ElementAt(const RecordContext& context, std::vector<Element>& list, std::uint64_t index,
+                   const Element& fill = {})
+{
+    if (index >= kMaxListSize)
+    {
+        throw std::runtime_error(std::string(context.keyword) + " index exceeds the limit of " +
+                                 std::to_string(kMaxListSize) + " elements.");
+    }
+    if (index >= list.size())
+    {
+        list.resize(static_cast<std::size_t>(index) + 1, Element(fill));
+    }
+    return list[static_cast<std::size_t>(index)];
+}
+
+/// Reads a count and that many samples; those behind the first that can't be read are 0.
+void ReadSamples(RecordLine& line, const RecordContext& context, std::vector<float>& samples);
+
+/// For the records whose fields must all be there: throws `LoadFault` "Malformed <keyword> <what>." when one
+/// could not be read.
+void RequireFields(const RecordLine& line, const RecordContext& context, const char* what);
 
 /// A component with its defaults, for a main record that begins it. In version 6 a second one of an entity
 /// throws `duplicateFault`; before, it replaces the first.

@@ -12,8 +12,6 @@ namespace Vornu::Scene::Legacy
 namespace
 {
 
-constexpr std::uint32_t kMaxMaterialSlots = 65536;
-
 /// The words behind the three references: nothing below eight, and the skinning flag in front of eight when
 /// there are more.
 void TakeRendererWords(const std::vector<std::string_view>& words, MeshRendererComponent& renderer)
@@ -66,25 +64,13 @@ void ReadMeshRenderer(RecordLine& line, RecordContext& context)
 
 void ReadMeshMaterialSlot(RecordLine& line, RecordContext& context)
 {
-    if (context.entity.HasNamedRecord("MeshRendererComponent"))
-    {
-        throw std::runtime_error("Legacy mesh_material_slot cannot modify a named schema.");
-    }
+    RefuseNamedRecord(context, "MeshRendererComponent",
+                      "Legacy mesh_material_slot cannot modify a named schema.");
     std::uint32_t index = 0;
     Assets::AssetId material = 0;
     line.Read(index, AssetField{material});
-    if (index >= kMaxMaterialSlots)
-    {
-        throw std::runtime_error("mesh_material_slot index exceeds the limit of 65536 slots.");
-    }
-    PendingComponents& components = context.entity.components;
-    MeshRendererComponent* const present = components.Find<MeshRendererComponent>();
-    MeshRendererComponent& renderer = present != nullptr ? *present : components.Set(MeshRendererComponent{});
-    if (index >= renderer.materialSlots.size())
-    {
-        renderer.materialSlots.resize(index + std::size_t{1}, renderer.material);
-    }
-    renderer.materialSlots[index] = material;
+    auto& renderer = context.entity.components.FindOrAdd<MeshRendererComponent>();
+    ElementAt(context, renderer.materialSlots, index, renderer.material) = material;
     if (index == 0 || renderer.material == 0)
     {
         renderer.material = material;

@@ -1,10 +1,12 @@
 #include "engine/scene/legacy/SceneAssembly.h"
 
 #include "engine/assets/AssetManager.h"
+#include "engine/scene/EntityReference.h"
 #include "engine/scene/Hierarchy.h"
 #include "engine/scene/Runtime.h"
 #include "engine/scene/legacy/Records.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <stdexcept>
 #include <string_view>
@@ -29,6 +31,11 @@ void RequireUnmixed(const PendingEntity& pending)
         {
             throw std::runtime_error("Duplicate component: mixed named and positional records.");
         }
+    }
+    const auto* const scripts = ComponentRegistry::Instance().Find(Reflection::TypeIdOf<ScriptComponent>());
+    if (pending.scripts.seen && scripts != nullptr && pending.recordStage.Contains(*scripts))
+    {
+        throw std::runtime_error(kMixedScripts);
     }
 }
 
@@ -73,6 +80,7 @@ Scene SceneAssembly::Finish()
         scene_.SetEnvironment(std::move(environment));
     }
     LinkParents();
+    LinkComponents();
     for (const Entity entity : entities_)
     {
         ResolveEntity(table_, scene_, entity);
@@ -110,9 +118,18 @@ void SceneAssembly::AddToScene(PendingEntity& pending)
     {
         CompleteMeshRenderer(*renderer, assets_);
     }
+    if (auto* const animator = pending.components.Find<AnimatorComponent>())
+    {
+        CompleteAnimator(*animator);
+    }
     for (const auto& slot : pending.components.Filled())
     {
         slot->Attach(scene_, entity);
+    }
+    if (pending.scripts.seen)
+    {
+        CompleteScripts(pending.scripts.scripts, assets_.GetRegistry());
+        scene_.Add<ScriptComponent>(entity, {std::move(pending.scripts.scripts)});
     }
     pending.recordStage.Commit(
         scene_, entity, [](const ComponentTypeEntry& entry) { return entry.typeName != kLateComponent; });
@@ -120,7 +137,9 @@ void SceneAssembly::AddToScene(PendingEntity& pending)
     {
         late_.emplace_back(entity, std::move(pending.recordStage));
     }
-    isAnimated_.push_back(pending.HasNamedRecord("AnimatorComponent"));
+    named_.push_back({pending.HasNamedRecord("AnimatorComponent"),
+                      pending.HasNamedRecord("CharacterControllerComponent"),
+                      pending.HasNamedRecord("ThirdPersonCameraControllerComponent")});
     entities_.push_back(entity);
 }
 
@@ -139,11 +158,96 @@ void SceneAssembly::LinkParents()
     }
 }
 
+void SceneAssembly::LinkComponents()
+{
+    for (std::size_t i = 0; i < entities_.size(); ++i)
+    {
+        LinkConstraint(entities_[i]);
+        LinkCharacter(entities_[i], named_[i].character);
+        LinkCamera(entities_[i], named_[i].camera);
+    }
+}
+
+/// Turns a handle that holds a place in the file, from 1, into the entity there; a GUID goes before it.
+void SceneAssembly::SettleLink(Entity& handle, const Core::Guid& guid) const
+{
+    if (guid.IsValid())
+    {
+        handle = scene_.FindEntityByGuid(guid);
+        return;
+    }
+    const bool isPlace = handle >= 1 && handle <= entities_.size();
+    handle = isPlace ? entities_[handle - 1] : kNullEntity;
+}
+
+void SceneAssembly::LinkConstraint(Entity entity)
+{
+    if (auto* const constraint = scene_.TryGet<ConstraintComponent>(entity))
+    {
+        SettleLink(constraint->connectedEntity, constraint->connectedEntityGuid);
+        RefreshLink(scene_, constraint->connectedEntity, constraint->connectedEntityGuid);
+    }
+}
+
+/// A character shows itself through its child "Visual" unless the file says otherwise.
+void SceneAssembly::LinkCharacter(Entity entity, bool isNamed)
+{
+    auto* const character = scene_.TryGet<CharacterControllerComponent>(entity);
+    if (character == nullptr)
+    {
+        return;
+    }
+    SettleLink(character->visualRoot, character->visualRootGuid);
+    const auto isChild = [&](Entity other)
+    { return scene_.IsValid(other) && scene_.Get<HierarchyComponent>(other).parent == entity; };
+    if (!isNamed && !character->visualRootGuid.IsValid() && !isChild(character->visualRoot))
+    {
+        const std::vector<Entity>& children = scene_.Get<HierarchyComponent>(entity).children;
+        const auto visual = std::find_if(children.begin(), children.end(),
+                                         [&](Entity child) {
+                                             return scene_.IsValid(child) &&
+                                                    scene_.Get<NameComponent>(child).name == "Visual";
+                                         });
+        if (visual != children.end())
+        {
+            character->visualRoot = *visual;
+        }
+    }
+    RefreshLink(scene_, character->visualRoot, character->visualRootGuid);
+}
+
+/// A camera below a character follows that character, unless the file names another one.
+void SceneAssembly::LinkCamera(Entity entity, bool isNamed)
+{
+    auto* const camera = scene_.TryGet<ThirdPersonCameraControllerComponent>(entity);
+    if (camera == nullptr)
+    {
+        return;
+    }
+    SettleLink(camera->target, camera->targetGuid);
+    SettleLink(camera->aimTarget, camera->aimTargetGuid);
+    if (!isNamed && !camera->targetGuid.IsValid())
+    {
+        const auto isCharacter = [&](Entity other)
+        { return scene_.IsValid(other) && scene_.Has<CharacterControllerComponent>(other); };
+        const Entity parent = scene_.Get<HierarchyComponent>(entity).parent;
+        const bool follows =
+            scene_.IsValid(camera->target) &&
+            (!isCharacter(parent) || camera->target == parent || isCharacter(camera->target));
+        if (!follows)
+        {
+            camera->target = isCharacter(parent) ? parent : kNullEntity;
+        }
+    }
+    RefreshLink(scene_, camera->target, camera->targetGuid);
+    RefreshLink(scene_, camera->aimTarget, camera->aimTargetGuid);
+}
+
 void SceneAssembly::RunSystems()
 {
     for (std::size_t i = 0; i < entities_.size(); ++i)
     {
-        if (!isAnimated_[i])
+        if (!named_[i].animator)
         {
             EvaluateAnimator(scene_, entities_[i], assets_, 0.0f);
         }

@@ -41,7 +41,20 @@ private:
     void CheckIdentities() const;
     void AddToScene(PendingEntity& pending);
     void LinkParents();
+    void LinkComponents();
+    void LinkConstraint(Entity entity);
+    void LinkCharacter(Entity entity, bool isNamed);
+    void LinkCamera(Entity entity, bool isNamed);
+    void SettleLink(Entity& handle, const Core::Guid& guid) const;
     void RunSystems();
+
+    /// The components among those with later steps that came as schema records.
+    struct NamedControllers
+    {
+        bool animator = false;
+        bool character = false;
+        bool camera = false;
+    };
 
     struct Link
     {
@@ -54,7 +67,7 @@ private:
     Scene scene_;
     std::vector<Link> links_;                                // of every entity, in file order
     std::vector<Entity> entities_;                           // in file order; shorter once there is a fault
-    std::vector<bool> isAnimated_;                           // by a named record
+    std::vector<NamedControllers> named_;                    // beside `entities_`
     std::vector<std::pair<Entity, EntityRecordStage>> late_; // with components that reach their entity last
     std::string fault_;
 };

@@ -21,12 +21,13 @@ namespace
 
 struct Digits
 {
-    std::uint64_t magnitude = 0; // stays above every 32-bit limit once it has passed it
+    std::uint64_t magnitude = 0; // at its limit when the digits exceed that
     bool negative = false;
 };
 
-std::optional<Digits> ScanDigits(std::string_view word)
+Digits ScanDigits(std::string_view word, const std::string& function)
 {
+    constexpr std::uint64_t kLimit = std::numeric_limits<std::uint64_t>::max();
     std::size_t at = 0;
     while (at < word.size() && Core::IsSpace(word[at]))
     {
@@ -40,68 +41,81 @@ std::optional<Digits> ScanDigits(std::string_view word)
     const std::size_t begin = at;
     for (; at < word.size() && word[at] >= '0' && word[at] <= '9'; ++at)
     {
-        if (digits.magnitude <= std::numeric_limits<std::uint32_t>::max())
-        {
-            digits.magnitude = digits.magnitude * 10 + static_cast<std::uint64_t>(word[at] - '0');
-        }
+        const auto digit = static_cast<std::uint64_t>(word[at] - '0');
+        digits.magnitude = digits.magnitude > (kLimit - digit) / 10 ? kLimit : digits.magnitude * 10 + digit;
     }
-    return at > begin ? std::optional(digits) : std::nullopt;
+    if (at == begin)
+    {
+        throw std::runtime_error("invalid " + function + " argument");
+    }
+    return digits;
+}
+
+template<class Integer>
+Integer StrictSigned(std::string_view word, const std::string& function)
+{
+    const Digits digits = ScanDigits(word, function);
+    const auto limit = static_cast<std::uint64_t>(std::numeric_limits<Integer>::max());
+    if (digits.magnitude > limit + (digits.negative ? 1 : 0))
+    {
+        throw std::runtime_error(function + " argument out of range");
+    }
+    return static_cast<Integer>(digits.negative ? 0 - digits.magnitude : digits.magnitude);
+}
+
+template<class Float>
+Float StrictFloating(std::string_view word, const std::string& function,
+                     Float (*convert)(const char*, char**, locale_t))
+{
+    static const locale_t classic = newlocale(LC_ALL_MASK, "C", nullptr);
+    const std::string text(word); // terminated
+    char* end = nullptr;
+    errno = 0;
+    const Float value = convert(text.c_str(), &end, classic);
+    if (end == text.c_str())
+    {
+        throw std::runtime_error("invalid " + function + " argument");
+    }
+    if (errno == ERANGE)
+    {
+        throw std::runtime_error(function + " argument out of range");
+    }
+    return value;
 }
 
 } // namespace
 
 std::int32_t StrictInt(std::string_view word)
 {
-    const std::optional<Digits> digits = ScanDigits(word);
-    if (!digits)
-    {
-        throw std::runtime_error("invalid stoi argument");
-    }
-    const std::uint64_t limit = digits->negative ? 0x80000000u : 0x7FFFFFFFu;
-    if (digits->magnitude > limit)
-    {
-        throw std::runtime_error("stoi argument out of range");
-    }
-    const auto magnitude = static_cast<std::int64_t>(digits->magnitude);
-    return static_cast<std::int32_t>(digits->negative ? -magnitude : magnitude);
+    return StrictSigned<std::int32_t>(word, "stoi");
+}
+
+std::int64_t StrictLong(std::string_view word)
+{
+    return StrictSigned<std::int64_t>(word, "stoll");
 }
 
 std::uint32_t StrictUnsigned(std::string_view word)
 {
-    const std::optional<Digits> digits = ScanDigits(word);
-    if (!digits)
-    {
-        throw std::runtime_error("invalid stoul argument");
-    }
-    if (digits->magnitude > std::numeric_limits<std::uint32_t>::max())
+    const Digits digits = ScanDigits(word, "stoul");
+    if (digits.magnitude > std::numeric_limits<std::uint32_t>::max())
     {
         throw std::runtime_error("stoul argument out of range");
     }
-    const auto magnitude = static_cast<std::uint32_t>(digits->magnitude);
-    return digits->negative ? 0u - magnitude : magnitude;
+    const auto magnitude = static_cast<std::uint32_t>(digits.magnitude);
+    return digits.negative ? 0u - magnitude : magnitude;
 }
 
 float StrictFloat(std::string_view word)
 {
     const std::optional<float> plain = Core::ParseFloatText(word);
-    if (plain && std::isnormal(*plain))
-    {
-        return *plain;
-    }
-    static const locale_t classic = newlocale(LC_ALL_MASK, "C", nullptr);
-    const std::string text(word); // terminated
-    char* end = nullptr;
-    errno = 0;
-    const float value = strtof_l(text.c_str(), &end, classic);
-    if (end == text.c_str())
-    {
-        throw std::runtime_error("invalid stof argument");
-    }
-    if (errno == ERANGE)
-    {
-        throw std::runtime_error("stof argument out of range");
-    }
-    return value;
+    return plain && std::isnormal(*plain) ? *plain : StrictFloating<float>(word, "stof", &strtof_l);
+}
+
+double StrictDouble(std::string_view word)
+{
+    const std::optional<double> plain = Core::ParseDoubleText(word);
+    return plain && std::isnormal(*plain) ? *plain : StrictFloating<double>(word, "stod", &strtod_l);
 }
 
 } // namespace Vornu::Scene::Legacy
