@@ -20,25 +20,25 @@ void GuidIndex::Insert(const Core::Guid& guid, Entity entity)
     }
     const std::uint64_t hash = guid.Hash();
     Bucket& bucket = BucketOf(hash);
-    std::uint32_t lastEqual = kNoNode;
+    std::uint32_t first = kNoNode; // of the run of the key
     if ((bucket.filter & FilterBit(hash)) != 0)
     {
-        for (std::uint32_t node = bucket.first; node != kNoNode; node = nodes_[node].next)
-        {
-            if (nodes_[node].guid == guid)
-            {
-                lastEqual = node;
-            }
-            else if (lastEqual != kNoNode)
-            {
-                break;
-            }
-        }
+        first = FirstOf(bucket, guid);
     }
     const std::uint32_t added = TakeNode(guid, entity);
-    std::uint32_t& link = lastEqual == kNoNode ? bucket.first : nodes_[lastEqual].next;
-    nodes_[added].next = link;
-    link = added;
+    if (first == kNoNode)
+    {
+        nodes_[added].next = bucket.first;
+        nodes_[added].last = added;
+        bucket.first = added;
+    }
+    else
+    {
+        std::uint32_t& last = nodes_[first].last;
+        nodes_[added].next = nodes_[last].next;
+        nodes_[last].next = added;
+        last = added;
+    }
     bucket.filter |= FilterBit(hash);
     ++size_;
 }
@@ -50,23 +50,50 @@ bool GuidIndex::Erase(const Core::Guid& guid, Entity entity)
         return false;
     }
     Bucket& bucket = BucketOf(guid.Hash());
-    for (std::uint32_t* link = &bucket.first; *link != kNoNode; link = &nodes_[*link].next)
+    const std::uint32_t first = FirstOf(bucket, guid);
+    std::uint32_t before = kNoNode; // in the run
+    for (std::uint32_t node = first; node != kNoNode; before = node, node = Next(node))
     {
-        const std::uint32_t node = *link;
-        if (nodes_[node].entity == entity && nodes_[node].guid == guid)
+        if (nodes_[node].entity == entity)
         {
-            *link = nodes_[node].next;
-            nodes_[node].next = freeNode_;
-            freeNode_ = node;
-            --size_;
-            if (bucket.first == kNoNode)
-            {
-                bucket.filter = 0;
-            }
+            Unlink(bucket, first, before, node);
             return true;
         }
     }
     return false;
+}
+
+void GuidIndex::Unlink(Bucket& bucket, std::uint32_t first, std::uint32_t before, std::uint32_t node)
+{
+    const std::uint32_t next = nodes_[node].next;
+    if (node != first)
+    {
+        nodes_[before].next = next;
+        if (nodes_[first].last == node)
+        {
+            nodes_[first].last = before;
+        }
+    }
+    else
+    {
+        if (nodes_[first].last != first)
+        {
+            nodes_[next].last = nodes_[first].last;
+        }
+        std::uint32_t* link = &bucket.first;
+        while (*link != node)
+        {
+            link = &nodes_[nodes_[*link].last].next;
+        }
+        *link = next;
+    }
+    nodes_[node].next = freeNode_;
+    freeNode_ = node;
+    --size_;
+    if (bucket.first == kNoNode)
+    {
+        bucket.filter = 0;
+    }
 }
 
 std::uint32_t GuidIndex::First(const Core::Guid& guid) const noexcept
@@ -75,10 +102,15 @@ std::uint32_t GuidIndex::First(const Core::Guid& guid) const noexcept
     {
         return kNoNode;
     }
-    std::uint32_t node = buckets_[guid.Hash() & (buckets_.size() - 1)].first;
+    return FirstOf(buckets_[guid.Hash() & (buckets_.size() - 1)], guid);
+}
+
+std::uint32_t GuidIndex::FirstOf(const Bucket& bucket, const Core::Guid& guid) const noexcept
+{
+    std::uint32_t node = bucket.first;
     while (node != kNoNode && !(nodes_[node].guid == guid))
     {
-        node = nodes_[node].next;
+        node = nodes_[nodes_[node].last].next;
     }
     return node;
 }
@@ -135,12 +167,12 @@ std::uint32_t GuidIndex::TakeNode(const Core::Guid& guid, Entity entity)
 {
     if (freeNode_ == kNoNode)
     {
-        nodes_.push_back({guid, entity, kNoNode});
+        nodes_.push_back({guid, entity});
         return static_cast<std::uint32_t>(nodes_.size() - 1);
     }
     const std::uint32_t node = freeNode_;
     freeNode_ = nodes_[node].next;
-    nodes_[node] = {guid, entity, kNoNode};
+    nodes_[node] = {guid, entity};
     return node;
 }
 

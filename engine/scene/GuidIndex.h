@@ -12,8 +12,8 @@ namespace Vornu::Scene
 
 /// Multimap from GUID to entity in flat vectors: buckets of chained nodes and a free list.
 ///
-/// Pairs of equal keys stand in insertion order. An operation takes constant time, apart from the number of
-/// pairs that have the same key. Single-threaded.
+/// Pairs of equal keys stand in insertion order. An operation takes constant time; only `Erase` walks the
+/// pairs in front of its own that have the same key. Single-threaded.
 class GuidIndex
 {
 public:
@@ -46,6 +46,7 @@ private:
         Core::Guid guid;
         Entity entity = kNullEntity;
         std::uint32_t next = kNoNode; // in the bucket, or in the free list
+        std::uint32_t last = kNoNode; // of the run of equal keys; kept by its first node
     };
 
     struct Bucket
@@ -56,6 +57,8 @@ private:
 
     Bucket& BucketOf(std::uint64_t hash) noexcept { return buckets_[hash & (buckets_.size() - 1)]; }
     static std::uint32_t FilterBit(std::uint64_t hash) noexcept { return 1u << (hash >> 59); }
+    std::uint32_t FirstOf(const Bucket& bucket, const Core::Guid& guid) const noexcept;
+    void Unlink(Bucket& bucket, std::uint32_t first, std::uint32_t before, std::uint32_t node);
     void Rehash(std::size_t bucketCount);
     std::uint32_t TakeNode(const Core::Guid& guid, Entity entity);
 

@@ -88,6 +88,7 @@ void ReadIkTargets(RecordLine& line, AnimatorIkChain& chain)
     if (!line.ReadTogether(chain.useTargetEntity, chain.targetEntityGuid, chain.targetEntityName,
                            chain.usePoleEntity, chain.poleEntityGuid, chain.poleEntityName))
     {
+        line.ClearFailure();
         line.ReadTogether(chain.useTargetEntity, chain.targetEntityName, chain.usePoleEntity,
                           chain.poleEntityName);
     }
@@ -121,6 +122,7 @@ void ReadLookAtChain(RecordLine& line, const RecordContext& context, AnimatorCom
               chain.localUpAxis, chain.weight);
     if (!line.ReadTogether(chain.useTargetEntity, chain.targetEntityGuid, chain.targetEntityName))
     {
+        line.ClearFailure();
         line.ReadTogether(chain.useTargetEntity, chain.targetEntityName);
     }
     ElementAt(context, animator.lookAtChains, index) = std::move(chain);

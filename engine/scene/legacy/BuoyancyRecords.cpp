@@ -1,4 +1,4 @@
-// The one family whose fields must all be there. Faults go to the caller without the line.
+// The fields of these records must all be there. Faults go to the caller without the line.
 
 #include "engine/scene/LoadFault.h"
 #include "engine/scene/legacy/Records.h"

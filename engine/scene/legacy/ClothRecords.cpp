@@ -49,9 +49,9 @@ void ReadStages(RecordLine& line, ClothComponent& cloth)
 
 void ReadCloth(RecordLine& line, RecordContext& context)
 {
-    constexpr std::uint32_t kStrictVersion = 6;
     PendingEntity& entity = context.entity;
-    if (context.version == kStrictVersion && (entity.clothSeen || entity.HasNamedRecord("ClothComponent")))
+    if (context.version == kNamedRecordsVersion &&
+        (entity.clothSeen || entity.HasNamedRecord("ClothComponent")))
     {
         throw std::runtime_error("Duplicate cloth component.");
     }

@@ -23,6 +23,7 @@ void ReadParticleEmitter(RecordLine& line, RecordContext& context)
               CutField{emitter.facingMode, BillboardFacingMode::WorldUp}, AssetField{emitter.material},
               emitter.boxExtents, emitter.gravity, emitter.startColor, emitter.endColor);
     line.ReadTogether(emitter.followPrimaryCamera, emitter.followOffset);
+    emitter.runtimeSeed = emitter.randomSeed;
     context.entity.components.Set(std::move(emitter));
 }
 

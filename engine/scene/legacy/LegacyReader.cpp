@@ -26,8 +26,6 @@ namespace Vornu::Scene::Legacy
 namespace
 {
 
-constexpr std::uint32_t kNamedRecordsVersion = 6; // the first whose components may be schema records
-
 constexpr std::string_view kRecordOnlyWords[] = {
     "property", "object_property", "array_property", "end_component_schema",
     "value",    "object",          "array",          "end_array"};
@@ -209,7 +207,7 @@ private:
         }
         if (const EntityRecordReader read = FindEntityRecord(keyword))
         {
-            RecordContext record{scene_.version, *entity_, assets_, keyword};
+            RecordContext record{scene_.version, *entity_, assets_, keyword, fill_};
             read(line, record);
         }
     }
@@ -345,6 +343,7 @@ private:
     std::optional<PendingEntity> entity_; // the last one opened and not yet ended
     std::uint64_t lineNumber_ = 0;
     std::uint64_t previousRecordEnd_ = 0;
+    FillBudget fill_;
     bool namedEnvironmentSeen_ = false;
     std::set<std::string_view> environmentKeys_;
 };

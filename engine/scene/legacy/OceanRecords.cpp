@@ -60,8 +60,6 @@ void ReadOcean(RecordLine& line, RecordContext& context)
 void ReadOceanV2(RecordLine& line, RecordContext& context)
 {
     auto ocean = BeginComponent<OceanComponent>(context, kDuplicate);
-    ocean.preset = OceanPreset::Calm;
-    ocean.quality = OceanQuality::Low;
     float detail = 0.0f;
     float extent = 0.0f;
     float foamScale = 0.0f;

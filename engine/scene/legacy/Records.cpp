@@ -14,14 +14,23 @@ void ReadSamples(RecordLine& line, const RecordContext& context, std::vector<flo
         throw std::runtime_error(std::string(context.keyword) + " count exceeds the limit of " +
                                  std::to_string(kMaxSampleCount) + " samples.");
     }
-    samples.assign(static_cast<std::size_t>(count), 0.0f);
-    for (float& sample : samples)
+    samples.clear();
+    while (line && samples.size() < count)
     {
-        if (!line.Read(sample))
-        {
-            break;
-        }
+        line.Read(samples.emplace_back(0.0f)); // one that can't be read keeps what that left in it
     }
+    ChargeFill(context, count - samples.size(), sizeof(float));
+    samples.resize(static_cast<std::size_t>(count), 0.0f);
+}
+
+void ChargeFill(const RecordContext& context, std::uint64_t count, std::size_t elementSize)
+{
+    if (count > context.fill.bytesLeft / elementSize)
+    {
+        throw std::runtime_error(std::string(context.keyword) +
+                                 " asks for more empty elements than a file may have.");
+    }
+    context.fill.bytesLeft -= count * elementSize;
 }
 
 void RequireFields(const RecordLine& line, const RecordContext& context, const char* what)

@@ -27,6 +27,16 @@ struct EnvironmentSettings;
 namespace Vornu::Scene::Legacy
 {
 
+/// The version whose components may also be schema records, and in which entities are strict.
+inline constexpr std::uint32_t kNamedRecordsVersion = 6;
+
+/// Memory that the lines of a file may ask for beyond what they hold: elements in front of a far index, and
+/// samples that were only announced.
+struct FillBudget
+{
+    std::uint64_t bytesLeft = 0x4000000; // 64 MiB
+};
+
 /// What a record of an entity is read with.
 struct RecordContext
 {
@@ -34,6 +44,7 @@ struct RecordContext
     PendingEntity& entity;
     Assets::AssetManager& assets;
     std::string_view keyword;
+    FillBudget& fill;
 };
 
 /// One keyword inside an entity.
@@ -86,6 +97,9 @@ inline constexpr char kMixedScripts[] = "Mixed named and legacy script records."
 inline constexpr std::uint64_t kMaxListSize = 65536;        // of a list that a line's index lets grow
 inline constexpr std::uint64_t kMaxSampleCount = 0x1000000; // that a line may announce
 
+/// Throws when a file asks for too much of it.
+void ChargeFill(const RecordContext& context, std::uint64_t count, std::size_t elementSize);
+
 /// The element of a list that a line addresses; the list grows to hold it, filled with `fill`.
 template<class Element>
 Element& ElementAt(const RecordContext& context, std::vector<Element>& list, std::uint64_t index,
@@ -98,6 +112,7 @@ Element& ElementAt(const RecordContext& context, std::vector<Element>& list, std
     }
     if (index >= list.size())
     {
+        ChargeFill(context, index - list.size(), sizeof(Element));
         list.resize(static_cast<std::size_t>(index) + 1, Element(fill));
     }
     return list[static_cast<std::size_t>(index)];
@@ -115,7 +130,7 @@ void RequireFields(const RecordLine& line, const RecordContext& context, const c
 template<class Component>
 Component BeginComponent(RecordContext& context, const char* duplicateFault)
 {
-    if (context.version == 6 && context.entity.components.Find<Component>() != nullptr)
+    if (context.version == kNamedRecordsVersion && context.entity.components.Find<Component>() != nullptr)
     {
         throw std::runtime_error(duplicateFault);
     }

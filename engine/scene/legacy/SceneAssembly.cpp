@@ -16,7 +16,6 @@ namespace Vornu::Scene::Legacy
 namespace
 {
 
-constexpr std::uint32_t kStrictVersion = 6;
 constexpr std::uint32_t kEnvironmentVersion = 2; // the first whose environment counts
 
 /// Splines reach their entity last, when the scene that they run through stands.
@@ -67,7 +66,7 @@ void SceneAssembly::Add(PendingEntity& pending)
 
 Scene SceneAssembly::Finish()
 {
-    if (version == kStrictVersion)
+    if (version == kNamedRecordsVersion)
     {
         CheckIdentities();
     }

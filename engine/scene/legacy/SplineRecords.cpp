@@ -50,18 +50,16 @@ void ReadMaterialSlot(RecordLine& line, RecordContext& context)
 {
     SplineComponent& spline = SplineOf(context);
     std::uint32_t slot = 0;
-    Assets::AssetId material = 0;
-    line.Read(slot, AssetField{material});
-    ElementAt(context, spline.materialSlots, slot, spline.material) = material;
+    line.Read(slot);
+    line.Read(AssetField{ElementAt(context, spline.materialSlots, slot, spline.material)});
 }
 
 void ReadSegmentMaterial(RecordLine& line, RecordContext& context)
 {
     SplineComponent& spline = SplineOf(context);
     std::uint32_t segment = 0;
-    std::uint32_t slot = 0;
-    line.Read(segment, slot);
-    ElementAt(context, spline.segmentMaterialSlots, segment) = slot;
+    line.Read(segment);
+    line.Read(ElementAt(context, spline.segmentMaterialSlots, segment));
 }
 
 void ReadPoint(RecordLine& line, RecordContext& context)

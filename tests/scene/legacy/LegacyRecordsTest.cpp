@@ -7,23 +7,8 @@ namespace Vornu::Scene::Legacy
 namespace
 {
 
+using Test::ExpectRows;
 using Test::LegacyText;
-
-struct Row
-{
-    const char* records;
-    const char* changes;
-};
-
-void ExpectRows(const std::string& component, std::initializer_list<Row> rows, int version = 3)
-{
-    LegacyText legacy;
-    for (const Row& row : rows)
-    {
-        const std::string text = "scene_version " + std::to_string(version) + "\nentity \"\" \"E\"\n";
-        EXPECT_EQ(legacy.Changes(text + row.records + "\n", component), row.changes) << row.records;
-    }
-}
 
 TEST(LegacyRecords, Transform)
 {
@@ -154,7 +139,7 @@ TEST(LegacyRecords, MeshMaterialSlots)
          {"mesh_material_slot 2 \"builtin:Red\"\nmesh_renderer", none},
          {"mesh_material_slot 65536 \"builtin:Red\"",
           "<Failed to parse scene file at line 3: mesh_material_slot index exceeds the limit of 65536 "
-          "slots.>"}});
+          "elements.>"}});
     LegacyText legacy;
     EXPECT_EQ(legacy.Read("scene_version 3\nentity \"\" \"E\"\nmesh_material_slot 65535 \"builtin:Red\"\n"),
               "");

@@ -2,12 +2,15 @@
 
 #include "engine/assets/AssetManager.h"
 #include "engine/core/Logger.h"
-#include "engine/reflection/ReflectionRegistry.h"
+#include "engine/scene/ComponentRegistry.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
 #include "engine/scene/legacy/LegacyReader.h"
 #include "tests/core/TestFolder.h"
 
+#include <gtest/gtest.h>
+
+#include <initializer_list>
 #include <iomanip>
 #include <set>
 #include <sstream>
@@ -64,7 +67,7 @@ public:
         }
         const std::string defaults = DefaultText(component);
         const std::vector<std::string> known = Block(defaults, component);
-        EXPECT_FALSE(known.empty());
+        EXPECT_NE(defaults.find('"' + component + '"'), std::string::npos);
         std::string changes;
         const std::set<std::string> common(known.begin(), known.end());
         for (const std::string& value : Block(converted, component))
@@ -80,18 +83,15 @@ public:
 private:
     std::string DefaultText(const std::string& component)
     {
-        std::string text = "scene_version 6\nentity \"" + std::string(31, '0') + "1\" \"\"\n";
-        for (const std::string& name : std::set<std::string>{"TransformComponent", component})
+        scene = Scene::Scene();
+        const Scene::Entity entity = scene.CreateEntity("");
+        for (const auto& entry : Scene::ComponentRegistry::Instance().Entries())
         {
-            const auto* const type = Reflection::ReflectionRegistry::Instance().FindType(name);
-            text += name != "EnvironmentSettings"
-                        ? "component_schema \"" + name + "\" " + std::to_string(type->version) +
-                              " 0\nend_component_schema\n"
-                        : "";
+            if (entry->HasSceneRecords() && entry->records.front().name == component)
+            {
+                entry->add(scene, entity);
+            }
         }
-        std::string error;
-        EXPECT_TRUE(Scene::LoadScene(folder_.Write("d.vscene", text + "end_entity\n"), scene, assets, &error))
-            << error;
         return Save();
     }
 
@@ -122,5 +122,40 @@ private:
     TestFolder folder_;
     ScopedVariable settings_;
 };
+
+/// The records of one entity, and what they change in a component.
+struct Row
+{
+    std::string records;
+    std::string changes;
+};
+
+inline void ExpectRows(const std::string& component, std::initializer_list<Row> rows, int version = 3)
+{
+    LegacyText legacy;
+    for (const Row& row : rows)
+    {
+        const std::string text = "scene_version " + std::to_string(version) + "\nentity \"\" \"E\"\n";
+        EXPECT_EQ(legacy.Changes(text + row.records + "\n", component), row.changes) << row.records;
+    }
+}
+
+/// The same for values among others, such as those of the elements of a list: each must be there, in order.
+inline void ExpectParts(const std::string& component, std::initializer_list<Row> rows, int version = 3)
+{
+    LegacyText legacy;
+    for (const Row& row : rows)
+    {
+        const std::string text = "scene_version " + std::to_string(version) + "\nentity \"\" \"E\"\n";
+        const std::string changes = ";" + legacy.Changes(text + row.records + "\n", component);
+        std::istringstream parts(row.changes);
+        std::size_t at = 0;
+        for (std::string part; at != std::string::npos && std::getline(parts, part, ';');)
+        {
+            at = changes.find(";" + part + ";", at);
+        }
+        EXPECT_NE(at, std::string::npos) << row.records << "\n" << changes << "\nlacks " << row.changes;
+    }
+}
 
 } // namespace Vornu::Test
