@@ -192,7 +192,7 @@ Sample, category Test, version 1.
 | `mood` | [Mood](#mood) | `High` | mood | | | "Feels" so  |
 | `textures` | array of array of AssetRef (Texture) | | textures | Looks | | |
 | `corners` | array of 2 Vec2 | 2 elements | corners | | `ReadOnly`, `Runtime` | |
-| `own` | [Leaf](#leaf) | its own | own | | | |
+| `own` | [Leaf](#leaf) | `its own` | own | | | |
 | `other` | [Leaf](#leaf) | see the JSON | other | | | |
 
 ## Enumerations

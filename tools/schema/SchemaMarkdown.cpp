@@ -26,11 +26,12 @@ constexpr std::string_view kIntroduction =
     "\n"
     "Made by `vornu-schema --markdown`; see [checklists.md](checklists.md).\n"
     "\n"
-    "The order of the components is that of their records in a saved scene, and the order of the properties\n"
-    "that of the fields in a record. A default is what a record would hold: a vector has its components one\n"
-    "behind the other, a quaternion begins with w. A range is for tools; values outside it load. Fields "
-    "whose\n"
-    "attributes include `Runtime` aren't saved. [formats/scene.md](formats/scene.md) describes the records.\n"
+    "The order of the components is that of their records in a saved scene, and the order of the\n"
+    "properties that of the fields in a record. A default is what a record would hold: a vector has its\n"
+    "components one behind the other, a quaternion begins with w. None is shown for what is empty;\n"
+    "`its own` stands for the defaults of a nested type. A range is for tools; values outside it load. A\n"
+    "field with the attribute `Runtime` isn't saved. The records are described in\n"
+    "[formats/scene.md](formats/scene.md).\n"
     "\n";
 
 void AppendItem(std::string& list, std::string_view separator, std::string_view item)
@@ -163,7 +164,7 @@ std::string DefaultText(const PropertyInfo& property, const ReflectionRegistry& 
         const std::size_t size = value.Array().Size();
         return size == 0 ? std::string() : std::to_string(size) + " elements";
     }
-    return HoldsOwnDefaults(value.Record(), registry) ? "its own" : "see the JSON";
+    return HoldsOwnDefaults(value.Record(), registry) ? Code("its own") : "see the JSON";
 }
 
 std::string VersionText(const Reflection::PropertyAttributes& attributes)
