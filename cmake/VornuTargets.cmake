@@ -25,6 +25,13 @@ function(vornu_library name folder)
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:vornu_warnings>)
 endfunction()
 
+# vornu_program(<name> <folder> <library>): a program of the main.cpp in the folder over a library of its own.
+function(vornu_program name folder library)
+  add_executable(${name} ${folder}/main.cpp)
+  target_link_libraries(${name} PRIVATE ${library} vornu_warnings)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+endfunction()
+
 # vornu_test(<name> <folder> <libraries>...): one test program of every source below tests/<folder>.
 function(vornu_test name folder)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/${folder}/*.cpp")

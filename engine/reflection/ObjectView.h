@@ -35,6 +35,8 @@ struct ValueAccessors
     std::size_t (*size)(const void* data) = nullptr;
     /// Makes a collection exactly `count` long.
     bool (*resize)(void* data, std::size_t count) = nullptr;
+    /// The only size that a collection of a fixed length has; 0 for one that can be resized.
+    std::size_t fixedSize = 0;
     void (*constElement)(const void* data, std::size_t index, ElementCallback callback) = nullptr;
     void (*mutableElement)(void* data, std::size_t index, ElementCallback callback) = nullptr;
     EnumValue (*enumRead)(const void* data) = nullptr;

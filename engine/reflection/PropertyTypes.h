@@ -183,6 +183,7 @@ struct DefaultAccessors
 {
     bool (*set)(void* value, const std::any& defaultValue) = nullptr;
     bool (*equals)(const void* value, const std::any& defaultValue) = nullptr;
+    const void* (*data)(const std::any& defaultValue) = nullptr;
 };
 
 struct PropertyInfo
@@ -214,6 +215,12 @@ struct PropertyInfo
         return {valueType, value, value, accessors};
     }
 
+    /// A read-only view of the default; without data when there is none.
+    ObjectView DefaultView() const noexcept
+    {
+        return {valueType, defaults.data != nullptr ? defaults.data(defaultValue) : nullptr, nullptr,
+                accessors};
+    }
     /// Writes the default into the member; false when there is none.
     bool SetDefault(void* owner) const
     {

@@ -87,6 +87,9 @@ public:
 
     /// All types in order of registration.
     const std::vector<std::unique_ptr<TypeInfo>>& Types() const noexcept { return types_; }
+    /// All enums and asset types in order of registration.
+    const std::vector<std::unique_ptr<EnumSchema>>& Enums() const noexcept { return enums_; }
+    const std::vector<std::unique_ptr<AssetTypeInfo>>& AssetTypes() const noexcept { return assetTypes_; }
     /// All types sorted by name. Built on demand; not for use by several threads at once.
     const std::vector<const TypeInfo*>& SortedTypes() const;
 

@@ -182,6 +182,10 @@ ValueAccessors MakeCollectionAccessors()
     table.shape = ValueShape::Collection;
     table.size = [](const void* data) { return static_cast<const Collection*>(data)->size(); };
     table.resize = &ResizeCollection<Collection>;
+    if constexpr (!requires(Collection collection) { collection.resize(std::size_t{}); })
+    {
+        table.fixedSize = Collection().size();
+    }
     table.constElement = [](const void* data, std::size_t index, ElementCallback callback)
     {
         const Collection& collection = *static_cast<const Collection*>(data);
@@ -286,7 +290,8 @@ DefaultAccessors DefaultsOf() noexcept
             {
                 const Value* const source = std::any_cast<Value>(&defaultValue);
                 return source != nullptr && *static_cast<const Value*>(value) == *source;
-            }};
+            },
+            [](const std::any& defaultValue) -> const void* { return std::any_cast<Value>(&defaultValue); }};
 }
 
 } // namespace Vornu::Reflection

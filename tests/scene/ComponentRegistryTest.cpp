@@ -1,16 +1,14 @@
 #include "engine/scene/ComponentRegistry.h"
 
-#include "engine/assets/AssetManager.h"
 #include "engine/core/Logger.h"
 #include "engine/scene/ComponentBuilder.h"
 #include "engine/scene/EntityRecordStage.h"
 #include "engine/scene/MissingComponents.h"
 #include "engine/scene/SampleChunks.h"
 #include "engine/scene/Scene.h"
-#include "engine/scene/SceneFile.h"
 #include "engine/scene/SceneSchema.h"
 #include "tests/core/Failure.h"
-#include "tests/core/TestFolder.h"
+#include "tests/scene/OneEntityScene.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +24,9 @@ namespace
 
 using Reflection::SchemaRecord;
 using Test::FailureOf;
-using Test::TestFolder;
+using Test::Load;
+using Test::Record;
+using Test::Save;
 
 constexpr ComponentFlags kSaved = ComponentFlags::Serialized;
 
@@ -197,44 +197,6 @@ void RegisterTestTypes()
     std::string error;
     EXPECT_TRUE(Reflection::ReflectionRegistry::Instance().Validate(&error)) << error;
     hooks.clear();
-}
-
-std::string Record(const std::string& name, int version = 1, const std::string& field = "",
-                   const std::string& value = "")
-{
-    return "component_schema \"" + name + "\" " + std::to_string(version) +
-           (field.empty() ? " 0\n" : " 1\nproperty \"" + field + "\" \"" + value + "\"\n") +
-           "end_component_schema\n";
-}
-
-/// Loads a scene of one entity with `records` behind its transform; gives the error without its prefix.
-std::string Load(const std::string& records, Scene& scene)
-{
-    const TestFolder folder;
-    const auto path =
-        folder.Write("a.vscene", "scene_version 6\nentity \"00000000000000000000000000000001\" E\n" +
-                                     Record("TransformComponent") + records + "end_entity\n");
-    Assets::AssetManager assets;
-    std::string error;
-    LoadScene(path, scene, assets, &error);
-    const std::size_t prefix = error.find(": ");
-    return prefix == std::string::npos ? error : error.substr(prefix + 2);
-}
-
-/// The records of the scene's only entity as they are saved, without its transform; or the error.
-std::string Save(const Scene& scene)
-{
-    const TestFolder folder;
-    Assets::AssetManager assets;
-    std::string error;
-    if (!SaveScene(folder / "a.vscene", scene, assets, &error))
-    {
-        return error;
-    }
-    const std::string text = folder.Read("a.vscene");
-    const std::string transformEnd = "\"1 1 1\"\nend_component_schema\nend_component_schema\n";
-    const std::size_t begin = text.find(transformEnd, text.find("entity")) + transformEnd.size();
-    return text.substr(begin, text.rfind("end_entity") - begin);
 }
 
 class ComponentRegistryTest : public testing::Test

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/core/Process.h"
+#include "tests/core/ShellRun.h"
 #include "tests/core/TestFolder.h"
 
 #include <filesystem>
@@ -13,31 +13,12 @@ namespace Vornu::Test
 inline constexpr char kLegacyV3[] = "scene_version 3\nentity \"\" \"Root\"\n";
 inline constexpr char kCurrent[] = "scene_version 6\n";
 
-/// What one run of the program left behind.
-struct ToolRun
-{
-    int exitCode = -1;
-    std::string out;
-    std::string err;
-
-    std::string Text() const { return out + "[err] " + err + "[exit] " + std::to_string(exitCode); }
-};
+using ToolRun = ShellRun;
 
 /// Runs a shell script in `folder`, with `upgrade` standing for the program. The log is off.
 inline ToolRun RunScript(const TestFolder& folder, const std::string& script)
 {
-    const TestFolder streams;
-    Platform::ProcessRequest request;
-    request.executable = "/bin/sh";
-    request.workingDirectory = folder.Path();
-    request.arguments = {"-c",
-                         "export VORNU_LOG_LEVELS=off VORNU_USER_SETTINGS_DIR=\"$0/settings\"\n"
-                         "upgrade() { '" VORNU_UPGRADE_PROGRAM "' \"$@\"; }\n"
-                         "exec >\"$0/out\" 2>\"$0/err\"\n" +
-                             script,
-                         streams.Path()};
-    const Platform::ProcessResult result = Platform::RunCaptured(request);
-    return {result.exitCode, streams.Read("out"), streams.Read("err")};
+    return RunShell(folder, "upgrade", VORNU_UPGRADE_PROGRAM, script);
 }
 
 /// Every regular file below a folder with its bytes, in order of the paths.
