@@ -1,4 +1,6 @@
-#include "engine/core/AdaptiveMutex.h"
+#include "engine/core/SpinMutex.h"
+
+#include <thread>
 
 namespace Vornu::Core
 {
@@ -19,20 +21,20 @@ void RelaxProcessor() noexcept
 #endif
 }
 
-void AdaptiveMutex::LockSlowly() noexcept
+void SpinMutex::LockSlowly() noexcept
 {
-    for (int i = 0; i < kTries; ++i)
+    int tries = 0;
+    do
     {
-        if (state_.load(std::memory_order_relaxed) == kFree && TryFree())
+        while (held_.load(std::memory_order_relaxed))
         {
-            return;
+            if (++tries % kTries == 0)
+            {
+                std::this_thread::yield();
+            }
+            RelaxProcessor();
         }
-        RelaxProcessor();
-    }
-    while (state_.exchange(kContended, std::memory_order_acquire) != kFree)
-    {
-        state_.wait(kContended, std::memory_order_relaxed);
-    }
+    } while (!TryLock());
 }
 
 } // namespace Vornu::Core
