@@ -9,7 +9,7 @@ namespace
 
 /// In how many parts a runner's share is claimed: more even out what the runners have left at the end, fewer
 /// spare them the shared number.
-constexpr std::size_t kClaimsPerRunner = 64;
+constexpr std::size_t kClaimsPerRunner = 32;
 
 } // namespace
 

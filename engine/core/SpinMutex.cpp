@@ -8,7 +8,8 @@ namespace
 {
 
 // A holder is done within some ten nanoseconds; one that takes longer was most likely taken off its core.
-constexpr int kTries = 128;
+// Trying less and less often leaves the cache line to those who work there.
+constexpr int kMostPauses = 64;
 
 } // namespace
 
@@ -23,18 +24,22 @@ void RelaxProcessor() noexcept
 
 void SpinMutex::LockSlowly() noexcept
 {
-    int tries = 0;
+    int pauses = 1;
     do
     {
-        while (held_.load(std::memory_order_relaxed))
+        for (int i = 0; i < pauses; ++i)
         {
-            if (++tries % kTries == 0)
-            {
-                std::this_thread::yield();
-            }
             RelaxProcessor();
         }
-    } while (!TryLock());
+        if (pauses < kMostPauses)
+        {
+            pauses *= 2;
+        }
+        else
+        {
+            std::this_thread::yield();
+        }
+    } while (held_.load(std::memory_order_relaxed) || !TryLock());
 }
 
 } // namespace Vornu::Core
