@@ -212,19 +212,21 @@ def mount_times(build, folder):
     """Nanoseconds of the best repetition, by (step, number of files)."""
     times = {}
 
+    def run(what, count):
+        return subprocess.run([f"{build}/bench/mount_bench", what, f"{folder}/{count}", str(count)],
+                              env=environment(folder), check=True, capture_output=True, text=True).stdout
+
     def measure(step, what, count):
-        output = subprocess.run([f"{build}/bench/mount_bench", what, f"{folder}/{count}", str(count)],
-                                env=environment(folder), check=True, capture_output=True, text=True).stdout
-        times[(step, count)] = min(times.get((step, count), float("inf")), int(output))
+        times[(step, count)] = min(times.get((step, count), float("inf")), int(run(what, count)))
 
     for count in MOUNT_FILES:
-        measure("make", "make", count)
+        run("make", count)
     for _ in range(2):
         for count in MOUNT_FILES:
             remove_sidecars(f"{folder}/{count}")
             os.sync()  # what was written before isn't the mount's
             measure("first", "mount", count)
-    for _ in range(7):
+    for _ in range(5):
         for count in MOUNT_FILES:
             measure("second", "mount", count)
             measure("walk", "walk", count)
@@ -233,7 +235,7 @@ def mount_times(build, folder):
 
 def mount(build):
     """An authoring mount that writes all sidecars (first) or reads them (second), beside walking the folder,
-    examining every file and reading every sidecar. The best of 2 first mounts and of 7 others."""
+    examining every file and reading every sidecar. The best of 2 first mounts and of 5 others."""
     with tempfile.TemporaryDirectory() as folder:
         times = mount_times(build, folder)
     small, large = MOUNT_FILES
