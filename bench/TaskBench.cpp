@@ -35,7 +35,7 @@ void SubmitWithTaskSystem(benchmark::State& state)
     const auto count = state.range(0);
     for (auto _ : state)
     {
-        const auto counter = std::make_shared<Core::Tasks::CounterState>();
+        const auto counter = Core::Tasks::CounterHandle::Make();
         for (std::int64_t i = 0; i < count; ++i)
         {
             System().Submit(

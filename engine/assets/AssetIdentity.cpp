@@ -42,7 +42,7 @@ Platform::FileResult SetAside(const fs::path& sidecar)
 
 void WarnUnwritten(const ScanEntry& entry, const std::string& error)
 {
-    Warn("Failed to create asset sidecar " + entry.sidecarPath.native() + ": " + error);
+    Warn("Failed to create asset sidecar " + entry.sidecarPath + ": " + error);
 }
 
 /// Reads the sidecar that stands beside the file. False if the entry has to get another.
@@ -54,7 +54,7 @@ bool LoadSidecar(ScanEntry& entry, const MountedRoot& root, bool mayWrite, bool&
     {
         return true;
     }
-    Warn("Ignoring unreadable asset sidecar " + entry.sidecarPath.native() + ": " + error +
+    Warn("Ignoring unreadable asset sidecar " + entry.sidecarPath + ": " + error +
          (root.IsWritable() ? " A new identity is assigned." : ""));
     if (mayWrite)
     {
@@ -95,7 +95,7 @@ bool OrphanSidecars::Follow(ScanEntry& entry)
         return false;
     }
     Core::Log(Core::LogCategory::Assets, Core::LogLevel::Info,
-              "Asset sidecar followed renamed file: " + entry.path.native());
+              "Asset sidecar followed renamed file: " + entry.path);
     entry.sidecar = std::move(orphan.sidecar);
     entry.hasSidecarFile = true;
     byContent_.erase(found);
@@ -162,7 +162,7 @@ void LoadOrCreateSidecar(ScanEntry& entry, const MountedRoot& root, OrphanSideca
 void AssignNewIdentity(ScanEntry& entry, const MountedRoot& root)
 {
     AssetSidecar& sidecar = *entry.sidecar;
-    Warn("Duplicate asset GUID " + sidecar.guid.ToString() + " in " + entry.path.native() +
+    Warn("Duplicate asset GUID " + sidecar.guid.ToString() + " in " + entry.path +
          " (copied sidecar); assigning a new identity.");
     const bool writes = root.IsWritable() && entry.hasSidecarFile;
     const auto renew = [&](Core::Guid& guid)
@@ -178,26 +178,27 @@ void AssignNewIdentity(ScanEntry& entry, const MountedRoot& root)
     std::string error;
     if (writes && !WriteSidecar(entry.sidecarPath, sidecar, &error))
     {
-        Warn("Failed to rewrite duplicate asset sidecar " + entry.sidecarPath.native() + ": " + error);
+        Warn("Failed to rewrite duplicate asset sidecar " + entry.sidecarPath + ": " + error);
     }
 }
 
 void ResolveDuplicates(std::vector<ScanEntry>& entries, const MountedRoot& root,
                        const PathKeyByGuid& lastPathKeys)
 {
-    std::unordered_map<Core::Guid, std::size_t, Core::GuidHash> holders;
+    Core::OrderedMap<Core::Guid, std::size_t, Core::GuidHash> holders;
+    holders.Reserve(entries.size());
     for (std::size_t i = 0; i < entries.size(); ++i)
     {
-        const auto [holder, isFirst] = holders.try_emplace(entries[i].sidecar->guid, i);
+        const auto [holder, isFirst] = holders.Emplace(entries[i].sidecar->guid, i);
         if (isFirst)
         {
             continue;
         }
         const std::string* const lastKey = lastPathKeys.Find(entries[i].sidecar->guid);
         const bool wasHere = lastKey != nullptr && *lastKey == entries[i].key;
-        const std::size_t loser = wasHere ? std::exchange(holder->second, i) : i;
+        const std::size_t loser = wasHere ? std::exchange(*holder, i) : i;
         AssignNewIdentity(entries[loser], root);
-        holders.try_emplace(entries[loser].sidecar->guid, loser);
+        holders.Emplace(entries[loser].sidecar->guid, loser);
     }
 }
 

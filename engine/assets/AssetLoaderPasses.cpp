@@ -140,7 +140,7 @@ void AssetLoader::BeginJob(Slot& slot, AssetLoadRecipe& recipe)
     slot.jobActive = true;
     slot.reloadRequested = false;
     slot.cancelFlag = std::make_shared<std::atomic<bool>>(false);
-    slot.counter = std::make_shared<Core::Tasks::CounterState>();
+    slot.counter = Core::Tasks::CounterHandle::Make();
     SetState(slot, AssetLoadState::Loading);
     Detail::StartJob({.id = slot.id,
                       .serial = slot.job,

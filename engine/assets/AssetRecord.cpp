@@ -1,7 +1,8 @@
 #include "engine/assets/AssetRecord.h"
 
+#include "engine/core/OrderedMap.h"
+
 #include <mutex>
-#include <unordered_map>
 
 namespace Vornu::Assets
 {
@@ -10,9 +11,9 @@ AssetId AllocateAssetId(const Core::Guid& guid)
 {
     constexpr AssetId kFirstId = 0x100000001;
     static std::mutex mutex;
-    static std::unordered_map<Core::Guid, AssetId, Core::GuidHash> ids;
+    static Core::OrderedMap<Core::Guid, AssetId, Core::GuidHash> ids;
     const std::lock_guard lock(mutex);
-    return ids.try_emplace(guid, kFirstId + ids.size()).first->second;
+    return *ids.Emplace(guid, kFirstId + ids.Size()).first;
 }
 
 } // namespace Vornu::Assets

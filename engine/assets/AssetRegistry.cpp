@@ -212,7 +212,7 @@ Core::Guid AssetRegistry::GuidOf(AssetId id) const
 std::optional<AssetInfo> AssetRegistry::FindInfo(const Core::Guid& guid) const
 {
     const std::shared_lock lock(state_->mutex);
-    return Copied(state_->tables.FindInfo(guid));
+    return state_->tables.FindInfo(guid);
 }
 
 std::optional<AssetSidecar> AssetRegistry::FindSidecar(const fs::path& path) const

@@ -2,16 +2,15 @@
 
 #include "engine/core/FileStamp.h"
 #include "engine/core/Files.h"
+#include "engine/core/FolderWalk.h"
 #include "engine/core/Hash.h"
 #include "engine/core/Logger.h"
 #include "engine/core/Paths.h"
-#include "engine/core/System.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
 #include <tuple>
-#include <unordered_map>
 #include <utility>
 
 namespace Vornu::Assets
@@ -32,128 +31,8 @@ std::uint64_t TicksSince1601(std::int64_t nanosecondsSince1970)
     return static_cast<std::uint64_t>(ticks + kTicksTo1970);
 }
 
-class FolderWalk
+std::uint64_t StampOf(const std::optional<Platform::FileStamp>& file)
 {
-public:
-    void Run(const fs::path& root)
-    {
-        try
-        {
-            for (auto walk = Platform::WalkFolder(root); walk != fs::recursive_directory_iterator();
-                 Platform::Advance(walk))
-            {
-                Visit(*walk);
-            }
-        }
-        catch (const fs::filesystem_error& error)
-        {
-            scan_.error = error.what();
-        }
-        SortEntries();
-        AttachSidecars();
-    }
-
-    FolderScan& Scan() noexcept { return scan_; }
-
-private:
-    /// The name comes first, as most files are neither and need no further look.
-    void Visit(const fs::directory_entry& found)
-    {
-        const bool isSidecar = IsSidecarFile(found.path());
-        const AssetKind kind = isSidecar ? AssetKind::Unknown : KindFromExtension(found.path());
-        std::error_code ignored;
-        if ((!isSidecar && kind == AssetKind::Unknown) || !found.is_regular_file(ignored))
-        {
-            return;
-        }
-        if (isSidecar)
-        {
-            AddSidecar(found.path());
-        }
-        else if (found.is_symlink(ignored))
-        {
-            scan_.entries.push_back(MakeScanEntry(kind, found.path()));
-        }
-        else
-        {
-            AddEntry(kind, found.path());
-        }
-    }
-
-    /// The root is canonical and the walk follows no links, so the path is canonical as it stands.
-    void AddEntry(AssetKind kind, const fs::path& path)
-    {
-        ScanEntry& entry = scan_.entries.emplace_back();
-        entry.path = path;
-        entry.key = Platform::NormalizedCaseKey(path);
-        entry.kind = kind;
-        entry.contentStamp = ContentStamp(path);
-        entry.sidecarPath = SidecarPath(path);
-    }
-
-    /// On a file system that minds case a sidecar can stand there twice; the usual spelling counts.
-    void AddSidecar(const fs::path& path)
-    {
-        const fs::path asset = AssetPathOfSidecar(path);
-        const auto [place, added] = sidecars_.try_emplace(Platform::NormalizedCaseKey(asset), path);
-        if (!added && path == SidecarPath(asset))
-        {
-            place->second = path;
-        }
-    }
-
-    void SortEntries()
-    {
-        std::vector<ScanEntry>& entries = scan_.entries;
-        std::sort(entries.begin(), entries.end(),
-                  [](const ScanEntry& a, const ScanEntry& b)
-                  { return std::tie(a.key, a.path.native()) < std::tie(b.key, b.path.native()); });
-        // A link and the file that it leads to are one asset.
-        const auto isRepeated = [](const ScanEntry& first, const ScanEntry& second)
-        {
-            if (first.key == second.key && first.path != second.path)
-            {
-                Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning,
-                          "Ignoring asset file " + second.path.native() + ", which can't be told from " +
-                              first.path.native());
-            }
-            return first.key == second.key;
-        };
-        entries.erase(std::unique(entries.begin(), entries.end(), isRepeated), entries.end());
-    }
-
-    void AttachSidecars()
-    {
-        for (ScanEntry& entry : scan_.entries)
-        {
-            if (const auto found = sidecars_.find(entry.key); found != sidecars_.end())
-            {
-                entry.sidecarPath = std::move(found->second);
-                entry.hasSidecarFile = true;
-                sidecars_.erase(found);
-            }
-        }
-        for (auto& [key, path] : sidecars_)
-        {
-            scan_.orphans.push_back(std::move(path));
-        }
-        std::sort(scan_.orphans.begin(), scan_.orphans.end());
-    }
-
-    FolderScan scan_;
-    std::unordered_map<std::string, fs::path, Core::TextHash> sidecars_; // by the key of the asset
-};
-
-} // namespace
-
-std::string PathKey(const fs::path& path)
-{
-    return Platform::NormalizedCaseKey(Platform::CanonicalPath(path));
-}
-
-std::uint64_t ContentStamp(const fs::path& path) noexcept
-{
-    const std::optional<Platform::FileStamp> file = Platform::ReadFileStamp(path);
     if (!file)
     {
         return 0;
@@ -171,6 +50,132 @@ std::uint64_t ContentStamp(const fs::path& path) noexcept
     return stamp != 0 ? stamp : 1;
 }
 
+class ContentScan
+{
+public:
+    void Run(const fs::path& root)
+    {
+        const Platform::FileResult walk =
+            Platform::WalkFolder(root, [this](const Platform::FolderEntry& found) { Visit(found); });
+        scan_.error = walk.message;
+        SortEntries();
+        AttachSidecars();
+    }
+
+    FolderScan& Result() noexcept { return scan_; }
+
+private:
+    struct FoundSidecar
+    {
+        std::string assetKey;
+        std::string path;
+    };
+
+    /// The name comes first, as most files are neither and need no further look.
+    void Visit(const Platform::FolderEntry& found)
+    {
+        const fs::path name = found.Name();
+        const bool isSidecar = IsSidecarFile(name);
+        const AssetKind kind = isSidecar ? AssetKind::Unknown : KindFromExtension(name);
+        if ((!isSidecar && kind == AssetKind::Unknown) || !found.IsRegularFile())
+        {
+            return;
+        }
+        if (isSidecar)
+        {
+            std::string key = Platform::NormalizedCaseKey(found.Path());
+            key.resize(key.size() - kSidecarExtension.size());
+            sidecars_.push_back({std::move(key), found.Path()});
+        }
+        else if (found.IsLink())
+        {
+            scan_.entries.push_back(MakeScanEntry(kind, found.Path()));
+        }
+        else
+        {
+            AddEntry(kind, found);
+        }
+    }
+
+    /// The root is canonical and the walk follows no links, so the path is canonical as it stands.
+    void AddEntry(AssetKind kind, const Platform::FolderEntry& found)
+    {
+        ScanEntry& entry = scan_.entries.emplace_back();
+        entry.path = found.Path();
+        entry.key = Platform::NormalizedCaseKey(found.Path());
+        entry.kind = kind;
+        entry.contentStamp = StampOf(found.ReadStamp());
+        entry.sidecarPath = found.Path();
+        entry.sidecarPath += kSidecarExtension;
+    }
+
+    void SortEntries()
+    {
+        std::vector<ScanEntry>& entries = scan_.entries;
+        std::sort(entries.begin(), entries.end(),
+                  [](const ScanEntry& a, const ScanEntry& b)
+                  { return std::tie(a.key, a.path) < std::tie(b.key, b.path); });
+        // A link and the file that it leads to are one asset.
+        const auto isRepeated = [](const ScanEntry& first, const ScanEntry& second)
+        {
+            if (first.key == second.key && first.path != second.path)
+            {
+                Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning,
+                          "Ignoring asset file " + second.path + ", which can't be told from " + first.path);
+            }
+            return first.key == second.key;
+        };
+        entries.erase(std::unique(entries.begin(), entries.end(), isRepeated), entries.end());
+    }
+
+    /// Entries and sidecars stand in the order of the same keys, so one pass over both joins them.
+    void AttachSidecars()
+    {
+        // On a file system that minds case a sidecar can stand there twice. The usual spelling counts, which
+        // is the first one this way, as lower case is behind upper case.
+        std::sort(sidecars_.begin(), sidecars_.end(),
+                  [](const FoundSidecar& a, const FoundSidecar& b)
+                  { return std::tie(a.assetKey, b.path) < std::tie(b.assetKey, a.path); });
+        const auto isRepeated = [](const FoundSidecar& a, const FoundSidecar& b)
+        { return a.assetKey == b.assetKey; };
+        sidecars_.erase(std::unique(sidecars_.begin(), sidecars_.end(), isRepeated), sidecars_.end());
+
+        auto next = sidecars_.begin();
+        for (ScanEntry& entry : scan_.entries)
+        {
+            for (; next != sidecars_.end() && next->assetKey < entry.key; ++next)
+            {
+                scan_.orphans.emplace_back(std::move(next->path));
+            }
+            if (next != sidecars_.end() && next->assetKey == entry.key)
+            {
+                entry.sidecarPath = std::move(next->path);
+                entry.hasSidecarFile = true;
+                ++next;
+            }
+        }
+        for (; next != sidecars_.end(); ++next)
+        {
+            scan_.orphans.emplace_back(std::move(next->path));
+        }
+    }
+
+    FolderScan scan_;
+    std::vector<FoundSidecar> sidecars_;
+};
+
+} // namespace
+
+std::string PathKey(const fs::path& path)
+{
+    return Platform::NormalizedCaseKey(Platform::CanonicalPath(path));
+}
+
+std::uint64_t ContentStamp(const fs::path& path) noexcept
+{
+    return StampOf(Platform::ReadFileStamp(path));
+}
+
 ScanEntry MakeScanEntry(AssetKind kind, const fs::path& path)
 {
     ScanEntry entry;
@@ -185,9 +190,9 @@ ScanEntry MakeScanEntry(AssetKind kind, const fs::path& path)
 
 FolderScan ScanContentFolder(const fs::path& root)
 {
-    FolderWalk walk;
-    walk.Run(root);
-    return std::move(walk.Scan());
+    ContentScan scan;
+    scan.Run(root);
+    return std::move(scan.Result());
 }
 
 } // namespace Vornu::Assets

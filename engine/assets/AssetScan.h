@@ -12,14 +12,15 @@
 namespace Vornu::Assets
 {
 
-/// A file on its way into the registry.
+/// A file on its way into the registry. Paths are kept as text: a path object holds each of its parts once
+/// more, which would be most of the memory and of the time of a scan.
 struct ScanEntry
 {
-    std::filesystem::path path; // canonical
+    std::string path; // canonical
     std::string key;
     AssetKind kind = AssetKind::Unknown;
     std::uint64_t contentStamp = 0;
-    std::filesystem::path sidecarPath;
+    std::string sidecarPath;
     bool hasSidecarFile = false;
     std::optional<AssetSidecar> sidecar; // once the entry has its identity
 };
@@ -28,7 +29,7 @@ struct ScanEntry
 struct FolderScan
 {
     std::vector<ScanEntry> entries; // by key, ascending; no key twice
-    /// Sidecars of files that weren't found, ascending.
+    /// Sidecars of files that weren't found, by the key of the file, ascending.
     std::vector<std::filesystem::path> orphans;
     /// What ended the walk early; empty for a whole walk.
     std::string error;

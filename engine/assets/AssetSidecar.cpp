@@ -17,8 +17,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view kExtension = ".vmeta";
-constexpr std::array<std::string_view, 3> kExtensions = {kExtension, ".materials", ".cells"};
+constexpr std::array<std::string_view, 3> kExtensions = {kSidecarExtension, ".materials", ".cells"};
 
 bool Fail(std::string* error, std::string message)
 {
@@ -218,18 +217,19 @@ bool MoveSidecar(const fs::path& from, const fs::path& to, std::string* error)
 
 fs::path SidecarPath(const fs::path& asset)
 {
-    return WithAppended(asset, kExtension);
+    return WithAppended(asset, kSidecarExtension);
 }
 
 fs::path AssetPathOfSidecar(const fs::path& sidecar)
 {
     const std::string& text = sidecar.native();
-    return IsSidecarFile(sidecar) ? fs::path(text.substr(0, text.size() - kExtension.size())) : fs::path();
+    return IsSidecarFile(sidecar) ? fs::path(text.substr(0, text.size() - kSidecarExtension.size()))
+                                  : fs::path();
 }
 
 bool IsSidecarFile(const fs::path& path)
 {
-    return LowerExtension(path) == kExtension && path.stem().has_extension();
+    return LowerExtension(path) == kSidecarExtension && path.stem().has_extension();
 }
 
 std::vector<fs::path> ExistingSidecars(const fs::path& asset)

@@ -39,6 +39,8 @@ struct AssetSidecar
     friend bool operator==(const AssetSidecar&, const AssetSidecar&) = default;
 };
 
+inline constexpr std::string_view kSidecarExtension = ".vmeta";
+
 // No operation of this header throws for what a file holds or the system reports: each gives an empty result
 // or false, and puts a message into `error` unless that is null.
 

@@ -49,7 +49,7 @@ bool WriteOrWarn(const SidecarEntry& entry)
     {
         return true;
     }
-    Warn("Failed to write asset sidecar " + entry.sidecarPath.native() + ": " + error);
+    Warn("Failed to write asset sidecar " + entry.sidecarPath + ": " + error);
     return false;
 }
 
@@ -107,6 +107,7 @@ void AssetTables::Refresh()
         LoadOrCreateSidecar(entry, root_, entry.hasSidecarFile ? nullptr : &orphans);
     }
     ResolveDuplicates(scan.entries, root_, lastPathKeyByGuid_);
+    ReserveFiles(scan.entries.size());
     for (ScanEntry& entry : scan.entries)
     {
         AddFile(std::move(entry));
@@ -146,6 +147,14 @@ bool AssetTables::BelongsToAnotherFile(const ScanEntry& entry) const
     return (key == nullptr || *key != entry.key) && Platform::PathExists(record->path);
 }
 
+/// Growing tables of whole records step by step would move each of them several times.
+void AssetTables::ReserveFiles(std::size_t count)
+{
+    const auto reserve = [count](auto&... tables) { (tables.Reserve(count), ...); };
+    reserve(records_, facts_, idByGuid_, idByPathKey_, pathKeyById_, sidecarByPathKey_, lastPathKeyByGuid_,
+            lastStampByGuid_);
+}
+
 AssetId AssetTables::AddFile(ScanEntry entry)
 {
     const AssetSidecar& sidecar = *entry.sidecar;
@@ -153,15 +162,13 @@ AssetId AssetTables::AddFile(ScanEntry entry)
     record.guid = sidecar.guid;
     record.id = AllocateAssetId(sidecar.guid);
     record.kind = entry.kind;
-    record.name = entry.path.filename().native();
     record.path = entry.path;
-    record.dataPath = entry.path;
+    record.dataPath = record.path;
+    record.name = entry.path.substr(entry.path.rfind('/') + 1);
     const AssetId id = record.id;
     ForgetFormerPlace(id, entry.key);
 
-    AssetInfo info{record.guid,        record.path, record.kind, entry.hasSidecarFile ? sidecar.version : 0,
-                   entry.contentStamp, {}};
-    Enter(std::move(record), std::move(info));
+    Enter(std::move(record), {entry.hasSidecarFile ? sidecar.version : 0, entry.contentStamp, {}});
     idByPathKey_.InsertOrAssign(entry.key, id);
     pathKeyById_.InsertOrAssign(id, entry.key);
     lastPathKeyByGuid_.InsertOrAssign(sidecar.guid, entry.key);
@@ -200,11 +207,11 @@ void AssetTables::ForgetFormerPlace(AssetId id, const std::string& key)
     }
 }
 
-void AssetTables::Enter(AssetRecord record, AssetInfo info)
+void AssetTables::Enter(AssetRecord record, FileFacts facts)
 {
     const AssetId id = record.id;
     idByGuid_.InsertOrAssign(record.guid, id);
-    infos_.InsertOrAssign(id, std::move(info));
+    facts_.InsertOrAssign(id, std::move(facts));
     records_.InsertOrAssign(id, std::make_shared<const AssetRecord>(std::move(record)));
     ++revision_;
 }
@@ -238,7 +245,7 @@ void AssetTables::RemoveRecord(AssetId id)
         }
         sourceKeyById_.Erase(id);
     }
-    infos_.Erase(id);
+    facts_.Erase(id);
     records_.Erase(id);
 }
 
@@ -276,8 +283,7 @@ AssetId AssetTables::RegisterBuiltin(AssetKind kind, const std::string& name)
     record.isBuiltin = true;
     const AssetId id = record.id;
     idByBuiltinName_.InsertOrAssign(name, id);
-    AssetInfo info{record.guid, {}, kind, 0, 0, {}};
-    Enter(std::move(record), std::move(info));
+    Enter(std::move(record), {});
     return id;
 }
 
@@ -302,12 +308,12 @@ AssetId AssetTables::RegisterSubAsset(AssetKind kind, const fs::path& source, co
     RemoveRecord(id);
 
     const std::string dataKey = PathKey(record.dataPath);
-    AssetInfo info{record.guid, record.path, kind, 0, 0, {}};
+    FileFacts facts;
     if (sidecar != nullptr && sourceGuid.IsValid())
     {
-        info.dependencies.push_back(sourceGuid);
+        facts.dependencies.push_back(sourceGuid);
     }
-    Enter(std::move(record), std::move(info));
+    Enter(std::move(record), std::move(facts));
     sourceKeyById_.InsertOrAssign(id, sourceKey);
     subAssetsBySource_[sourceKey].InsertOrAssign(id, dataKey);
     return id;
@@ -415,9 +421,17 @@ AssetId AssetTables::FindBuiltin(std::string_view name) const
     return records_.Contains(id) ? id : 0;
 }
 
-const AssetInfo* AssetTables::FindInfo(const Core::Guid& guid) const
+std::optional<AssetInfo> AssetTables::FindInfo(const Core::Guid& guid) const
 {
-    return infos_.Find(FindByGuid(guid));
+    const AssetId id = FindByGuid(guid);
+    const RecordPointer record = FindRecord(id);
+    if (!record)
+    {
+        return std::nullopt;
+    }
+    const FileFacts& facts = *facts_.Find(id);
+    return AssetInfo{
+        guid, record->path, record->kind, facts.sidecarVersion, facts.contentStamp, facts.dependencies};
 }
 
 const SidecarEntry* AssetTables::FindSidecar(std::string_view pathKey) const
@@ -425,7 +439,7 @@ const SidecarEntry* AssetTables::FindSidecar(std::string_view pathKey) const
     return sidecarByPathKey_.Find(pathKey);
 }
 
-const fs::path* AssetTables::SourceOfSubGuid(const Core::Guid& guid) const
+const std::string* AssetTables::SourceOfSubGuid(const Core::Guid& guid) const
 {
     return sourcePathBySubGuid_.Find(guid);
 }

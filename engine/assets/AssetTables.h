@@ -11,8 +11,10 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Vornu::Assets
 {
@@ -20,8 +22,8 @@ namespace Vornu::Assets
 /// The sidecar of a file that has been seen since the last refresh.
 struct SidecarEntry
 {
-    std::filesystem::path path;
-    std::filesystem::path sidecarPath;
+    std::string path;
+    std::string sidecarPath;
     AssetSidecar sidecar;
     bool hasSidecarFile = false;
 };
@@ -52,9 +54,9 @@ public:
     AssetId FindByGuid(const Core::Guid& guid) const;
     AssetId FindByPathKey(std::string_view pathKey) const;
     AssetId FindBuiltin(std::string_view name) const;
-    const AssetInfo* FindInfo(const Core::Guid& guid) const;
+    std::optional<AssetInfo> FindInfo(const Core::Guid& guid) const;
     const SidecarEntry* FindSidecar(std::string_view pathKey) const;
-    const std::filesystem::path* SourceOfSubGuid(const Core::Guid& guid) const;
+    const std::string* SourceOfSubGuid(const Core::Guid& guid) const;
 
     /// The first sub-asset of a source, in registry order, that is of the kind (Unknown for any) and for
     /// which `matches` holds; it gets the key of the record's data file.
@@ -72,9 +74,18 @@ private:
     template<class Value>
     using ById = Core::OrderedMap<AssetId, Value, AssetIdHash>;
 
+    /// What `AssetInfo` tells and the record doesn't.
+    struct FileFacts
+    {
+        std::uint32_t sidecarVersion = 0;
+        std::uint64_t contentStamp = 0;
+        std::vector<Core::Guid> dependencies;
+    };
+
+    void ReserveFiles(std::size_t count);
     AssetId AddFile(ScanEntry entry);
     void ForgetFormerPlace(AssetId id, const std::string& key);
-    void Enter(AssetRecord record, AssetInfo info);
+    void Enter(AssetRecord record, FileFacts facts);
     void RemoveRecord(AssetId id);
     bool RemoveSubAssets(std::string_view sourceKey);
     bool BelongsToAnotherFile(const ScanEntry& entry) const;
@@ -88,7 +99,7 @@ private:
     MountedRoot root_;
     std::uint64_t revision_ = 0;
     ById<RecordPointer> records_;
-    ById<AssetInfo> infos_;
+    ById<FileFacts> facts_;
     ByGuid<AssetId> idByGuid_;
     ByText<AssetId> idByPathKey_;
     ByText<AssetId> idByBuiltinName_;
@@ -96,7 +107,7 @@ private:
     ById<std::string> sourceKeyById_;
     ByText<ById<std::string>> subAssetsBySource_; // the data key of each
     ByText<SidecarEntry> sidecarByPathKey_;
-    ByGuid<std::filesystem::path> sourcePathBySubGuid_;
+    ByGuid<std::string> sourcePathBySubGuid_;
     // These two outlive a refresh.
     PathKeyByGuid lastPathKeyByGuid_;
     StampByGuid lastStampByGuid_;

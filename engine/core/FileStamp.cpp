@@ -1,5 +1,6 @@
 #include "engine/core/FileStamp.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace Vornu::Platform
@@ -7,8 +8,13 @@ namespace Vornu::Platform
 
 std::optional<FileStamp> ReadFileStamp(const std::filesystem::path& path) noexcept
 {
+    return ReadFileStampAt(AT_FDCWD, path.c_str());
+}
+
+std::optional<FileStamp> ReadFileStampAt(int folder, const char* name) noexcept
+{
     struct stat status = {};
-    if (::stat(path.c_str(), &status) != 0)
+    if (::fstatat(folder, name, &status, 0) != 0)
     {
         return std::nullopt;
     }

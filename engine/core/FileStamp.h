@@ -23,4 +23,7 @@ struct FileStamp
 /// The stamp of the file that `path` names, links followed; nothing if it can't be had.
 std::optional<FileStamp> ReadFileStamp(const std::filesystem::path& path) noexcept;
 
+/// The same for a name in a folder that is open as `folder`.
+std::optional<FileStamp> ReadFileStampAt(int folder, const char* name) noexcept;
+
 } // namespace Vornu::Platform

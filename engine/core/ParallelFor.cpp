@@ -9,7 +9,7 @@ namespace
 
 /// In how many parts a runner's share is claimed: more even out what the runners have left at the end, fewer
 /// spare them the shared number.
-constexpr std::size_t kClaimsPerRunner = 64;
+constexpr std::size_t kClaimsPerRunner = 32;
 
 } // namespace
 
@@ -35,7 +35,7 @@ struct TaskSystem::RangeLoop
                 return;
             }
             const bool isLast = rangeCount - first <= rangesPerClaim;
-            runClaim({first * grain, isLast ? count : (first + rangesPerClaim) * grain, stop});
+            runClaim({first * grain, isLast ? count : (first + rangesPerClaim) * grain, &stop});
         }
     }
 
@@ -63,7 +63,7 @@ void TaskSystem::ParallelForRanges(std::size_t count, std::size_t grain, TaskPri
                    .grain = grain,
                    .rangeCount = rangeCount,
                    .rangesPerClaim = std::max<std::size_t>(1, rangeCount / (runners * kClaimsPerRunner))};
-    const auto counter = std::make_shared<CounterState>();
+    const auto counter = CounterHandle::Make();
     std::exception_ptr exception;
     try
     {

@@ -187,20 +187,4 @@ fs::file_time_type LastWriteTime(const fs::path& path)
     return time;
 }
 
-fs::recursive_directory_iterator WalkFolder(const fs::path& folder, fs::directory_options options)
-{
-    std::error_code error;
-    fs::recursive_directory_iterator walk(folder, options, error);
-    ThrowOn(error, "recursive_directory_iterator::recursive_directory_iterator", folder);
-    return walk;
-}
-
-void Advance(fs::recursive_directory_iterator& walk)
-{
-    std::error_code error;
-    const fs::path from = walk->path();
-    walk.increment(error);
-    ThrowOn(error, "recursive_directory_iterator::operator++", from);
-}
-
 } // namespace Vornu::Platform

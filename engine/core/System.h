@@ -57,13 +57,4 @@ bool CopyFile(const std::filesystem::path& from, const std::filesystem::path& to
 /// Throws as "last_write_time".
 std::filesystem::file_time_type LastWriteTime(const std::filesystem::path& path);
 
-/// Starts a walk through all that is below `folder`. Throws as
-/// "recursive_directory_iterator::recursive_directory_iterator".
-std::filesystem::recursive_directory_iterator
-WalkFolder(const std::filesystem::path& folder,
-           std::filesystem::directory_options options = std::filesystem::directory_options::none);
-
-/// The next step of a walk. Throws as "recursive_directory_iterator::operator++".
-void Advance(std::filesystem::recursive_directory_iterator& walk);
-
 } // namespace Vornu::Platform

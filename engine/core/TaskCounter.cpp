@@ -36,9 +36,34 @@ CounterState::~CounterState()
     }
 }
 
+void CounterState::DropHandle() noexcept
+{
+    // The only handle of a group without tasks has nobody to compete with.
+    const std::uint64_t last = kHandle;
+    if ((state_.load() & ~kWaitedFor) == last || (state_.fetch_sub(kHandle) & ~kWaitedFor) == last)
+    {
+        delete this;
+    }
+}
+
+bool CounterState::FinishTask() noexcept
+{
+    const std::uint64_t before = state_.fetch_sub(kTask);
+    if ((before & ~kWaitedFor) == kTask)
+    {
+        delete this;
+    }
+    return (before & kUnfinished) == kTask && (before & kWaitedFor) != 0;
+}
+
+void CounterState::NoteWaiter() noexcept
+{
+    state_.fetch_or(kWaitedFor);
+}
+
 void CounterState::AddTask(TaskPriority priority) noexcept
 {
-    unfinished_.fetch_add(1);
+    state_.fetch_add(kTask);
     const std::uint32_t bit = 1u << static_cast<unsigned>(priority);
     // Most groups have one priority, and reading is cheaper than writing.
     if ((priorities_.load() & bit) == 0)

@@ -1,15 +1,23 @@
 #include "engine/core/TaskSystem.h"
 
 #include "engine/core/Logger.h"
+#include "engine/core/SpinMutex.h"
 #include "engine/core/System.h"
 
 #include <algorithm>
+#include <chrono>
 #include <string>
 
 namespace Vornu::Core::Tasks
 {
 namespace
 {
+
+/// How long a thread looks for work before it sleeps. Waking it costs the waker some microseconds and the
+/// work some tens.
+constexpr std::chrono::microseconds kSpinTime{50};
+/// Looking takes the cache line away from those who write there.
+constexpr int kMostPausesPerLook = 64;
 
 constexpr std::uint32_t kIoBit = 1u << static_cast<unsigned>(TaskPriority::IO);
 
@@ -75,6 +83,8 @@ TaskSystem::TaskSystem(const TaskSystemConfig& config)
         return;
     }
     hasIoThreads_ = config.ioThreads > 0;
+    // On a single core whoever could bring work waits for the one that spins.
+    spins_ = std::thread::hardware_concurrency() > 1;
     workers_.reserve(workers);
     for (std::uint32_t i = 0; i < workers; ++i)
     {
@@ -139,9 +149,8 @@ void TaskSystem::Submit(TaskPriority priority, TaskFunction function, const Coun
     {
         priority = TaskPriority::Background;
     }
-    Task task{std::move(function), counter};
+    Task task{std::move(function), &*counter};
     task.counter->AddTask(priority);
-    unfinished_.fetch_add(1);
     if (IsInline())
     {
         RunTask(task, priority);
@@ -154,7 +163,6 @@ void TaskSystem::Submit(TaskPriority priority, TaskFunction function, const Coun
     catch (...)
     {
         FinishTask(task, std::current_exception());
-        EndTask(false);
         throw;
     }
 }
@@ -171,7 +179,6 @@ void TaskSystem::Enqueue(TaskPriority priority, Task& task)
         RunTask(task, priority);
         return;
     }
-    queued_[Index(priority)].fetch_add(1);
     if (!isIo)
     {
         WakeAllIfSleeping();
@@ -187,43 +194,42 @@ void TaskSystem::Enqueue(TaskPriority priority, Task& task)
 
 CounterHandle TaskSystem::Async(TaskPriority priority, TaskFunction function)
 {
-    auto counter = std::make_shared<CounterState>();
+    CounterHandle counter = CounterHandle::Make();
     Submit(priority, std::move(function), counter);
     return counter;
 }
 
 bool TaskSystem::HasQueued(TaskPriority priority) const noexcept
 {
-    return queued_[Index(priority)].load() > 0;
+    const std::size_t index = Index(priority);
+    return !global_[index].IsEmpty() || (priority != TaskPriority::IO && HasStealable(index));
+}
+
+bool TaskSystem::HasStealable(std::size_t priority) const noexcept
+{
+    return std::any_of(workers_.begin(), workers_.end(),
+                       [priority](const std::unique_ptr<Worker>& worker)
+                       { return !worker->queues[priority].IsEmpty(); });
 }
 
 bool TaskSystem::TakeTask(TaskPriority priority, Task& task) noexcept
 {
-    if (!HasQueued(priority))
-    {
-        return false;
-    }
     const std::size_t index = Index(priority);
-    bool taken = false;
     if (priority == TaskPriority::IO)
     {
-        taken = global_[index].PopFront(task);
+        return global_[index].PopFront(task);
     }
-    else
-    {
-        const bool isOwnWorker = currentThread.system == this && currentThread.kind == ThreadKind::Worker;
-        taken = (isOwnWorker && workers_[currentThread.workerIndex]->queues[index].PopBack(task)) ||
-                global_[index].PopFront(task) || Steal(index, task);
-    }
-    if (taken)
-    {
-        queued_[index].fetch_sub(1);
-    }
-    return taken;
+    const bool isOwnWorker = currentThread.system == this && currentThread.kind == ThreadKind::Worker;
+    return (isOwnWorker && workers_[currentThread.workerIndex]->queues[index].PopBack(task)) ||
+           global_[index].PopFront(task) || Steal(index, task);
 }
 
 bool TaskSystem::Steal(std::size_t priority, Task& task) noexcept
 {
+    if (!HasStealable(priority))
+    {
+        return false;
+    }
     const std::size_t count = workers_.size();
     const std::size_t own = currentThread.system == this && currentThread.kind == ThreadKind::Worker
                                 ? currentThread.workerIndex
@@ -281,53 +287,79 @@ bool TaskSystem::MayLeave() noexcept
     {
         return false;
     }
-    if (!cancelling_.load() && !drained_.load() && unfinished_.load() == 0)
+    if (!cancelling_.load() && !drained_.load() && IsDrained())
     {
         drained_.store(true);
     }
     return cancelling_.load() || drained_.load();
 }
 
+/// Nothing is queued and nothing runs. Only work makes work, save for other threads that submit during the
+/// shutdown: so it is enough that nobody was at work before the look into the queues, and nobody began
+/// meanwhile.
+bool TaskSystem::IsDrained() const noexcept
+{
+    constexpr std::uint32_t kAllPriorities = (1u << kPriorityCount) - 1;
+    const std::uint64_t ended = endedWork_.load();
+    return begunWork_.load() == ended && !HasQueuedIn(kAllPriorities) && begunWork_.load() == ended;
+}
+
 void TaskSystem::RunWorker(std::uint32_t index)
 {
     currentThread = {.system = this, .kind = ThreadKind::Worker, .workerIndex = index};
     Platform::SetCurrentThreadName("Vornu Worker " + std::to_string(index));
-    bool leaves = false;
-    while (!leaves)
+    const auto ready = [this]
     {
-        if (RunOneAsWorker())
+        return HasQueued(TaskPriority::High) || HasQueued(TaskPriority::Normal) ||
+               (HasQueued(TaskPriority::Background) && runningBackground_.load() < backgroundLimit_);
+    };
+    do
+    {
+        begunWork_.fetch_add(1);
+        while (RunOneAsWorker())
         {
-            continue;
         }
-        Sleep(workersWakeUp_,
-              [this, &leaves]
-              {
-                  leaves = MayLeave();
-                  return leaves || HasQueued(TaskPriority::High) || HasQueued(TaskPriority::Normal) ||
-                         (HasQueued(TaskPriority::Background) &&
-                          runningBackground_.load() < backgroundLimit_);
-              });
-    }
+        endedWork_.fetch_add(1);
+    } while (IdleUntil(workersWakeUp_, ready));
 }
 
 void TaskSystem::RunIoThread(std::uint32_t index)
 {
     currentThread = {.system = this, .kind = ThreadKind::IO};
     Platform::SetCurrentThreadName("Vornu IO " + std::to_string(index));
-    bool leaves = false;
-    while (!leaves)
+    do
     {
-        if (!cancelling_.load() && RunQueued(TaskPriority::IO))
+        begunWork_.fetch_add(1);
+        while (!cancelling_.load() && RunQueued(TaskPriority::IO))
         {
-            continue;
         }
-        Sleep(ioWakeUp_,
-              [this, &leaves]
-              {
-                  leaves = MayLeave();
-                  return leaves || HasQueued(TaskPriority::IO);
-              });
+        endedWork_.fetch_add(1);
+    } while (IdleUntil(ioWakeUp_, [this] { return HasQueued(TaskPriority::IO); }));
+}
+
+/// False once the thread has to end. At most half of the threads spin, so that a large pool with little to do
+/// leaves the cores to others.
+template<class Ready>
+bool TaskSystem::IdleUntil(std::condition_variable& wakeUp, const Ready& ready)
+{
+    bool leaves = false;
+    const auto readyOrLeaving = [this, &leaves, &ready]
+    {
+        leaves = MayLeave();
+        return leaves || ready();
+    };
+    const bool maySpin = spinning_.fetch_add(1) < (workers_.size() + 1) / 2;
+    const bool isReady = maySpin && Spin(readyOrLeaving);
+    spinning_.fetch_sub(1);
+    if (!isReady)
+    {
+        Sleep(wakeUp, readyOrLeaving);
     }
+    if (leaves)
+    {
+        WakeAll(); // the others may go too
+    }
+    return !leaves;
 }
 
 void TaskSystem::RunTask(Task& task, TaskPriority priority, BackgroundSlot slot) noexcept
@@ -364,32 +396,21 @@ void TaskSystem::RunTask(Task& task, TaskPriority priority, BackgroundSlot slot)
         }
     }
     FinishTask(task, std::move(exception));
-    EndTask(outermostBackground);
+    if (outermostBackground)
+    {
+        WakeAllIfSleeping();
+    }
 }
 
 void TaskSystem::FinishTask(Task& task, std::exception_ptr exception) noexcept
 {
     task.function.Reset();
-    CounterState& counter = *task.counter;
+    CounterState* const counter = std::exchange(task.counter, nullptr);
     if (exception)
     {
-        counter.KeepException(std::move(exception));
+        counter->KeepException(std::move(exception));
     }
-    if (counter.unfinished_.fetch_sub(1) == 1 && counter.waiters_.load() > 0)
-    {
-        WakeAllIfSleeping();
-    }
-    task.counter.reset();
-}
-
-void TaskSystem::EndTask(bool outermostBackground) noexcept
-{
-    const bool drained = unfinished_.fetch_sub(1) == 1 && stopping_.load();
-    if (drained)
-    {
-        drained_.store(true);
-    }
-    if (outermostBackground || drained)
+    if (counter->FinishTask())
     {
         WakeAllIfSleeping();
     }
@@ -411,7 +432,7 @@ bool TaskSystem::HasQueuedIn(std::uint32_t mask) const noexcept
 {
     for (std::size_t priority = 0; priority < kPriorityCount; ++priority)
     {
-        if ((mask >> priority & 1u) != 0 && queued_[priority].load() > 0)
+        if ((mask >> priority & 1u) != 0 && HasQueued(static_cast<TaskPriority>(priority)))
         {
             return true;
         }
@@ -431,6 +452,27 @@ bool TaskSystem::HelpOnce(std::uint32_t mask)
     return false;
 }
 
+/// Runs tasks until the group is done or there is nothing that the caller may run.
+void TaskSystem::HelpWhileQueued(const CounterState& counter)
+{
+    const bool isForeign = !IsOwnThread(); // an own thread is at work already
+    if (isForeign)
+    {
+        begunWork_.fetch_add(1);
+    }
+    while (!counter.IsDone() && HelpOnce(HelpingMask(counter)))
+    {
+    }
+    if (isForeign)
+    {
+        endedWork_.fetch_add(1);
+        if (stopping_.load())
+        {
+            WakeAll(); // the threads may have waited for this work to end
+        }
+    }
+}
+
 void TaskSystem::Wait(const CounterHandle& counter)
 {
     if (!counter)
@@ -440,18 +482,49 @@ void TaskSystem::Wait(const CounterHandle& counter)
     // The caller's handle may go while the tasks run.
     const CounterHandle kept = counter;
     const bool isIoThread = currentThread.system == this && currentThread.kind == ThreadKind::IO;
+    const auto ready = [this, &kept] { return kept->IsDone() || HasQueuedIn(HelpingMask(*kept)); };
     while (!kept->IsDone())
     {
-        if (HelpOnce(HelpingMask(*kept)))
+        HelpWhileQueued(*kept);
+        if (!ready() && !Spin(ready))
         {
-            continue;
+            kept->NoteWaiter();
+            Sleep(isIoThread ? ioWakeUp_ : workersWakeUp_, ready);
         }
-        kept->waiters_.fetch_add(1);
-        Sleep(isIoThread ? ioWakeUp_ : workersWakeUp_,
-              [this, &kept] { return kept->IsDone() || HasQueuedIn(HelpingMask(*kept)); });
-        kept->waiters_.fetch_sub(1);
     }
     kept->Rethrow();
+}
+
+/// False if nothing came for a while.
+template<class Ready>
+bool TaskSystem::Spin(const Ready& ready) const
+{
+    if (!spins_)
+    {
+        return false;
+    }
+    const auto end = std::chrono::steady_clock::now() + kSpinTime;
+    int pauses = 1;
+    do
+    {
+        for (int i = 0; i < pauses; ++i)
+        {
+            RelaxProcessor();
+        }
+        if (ready())
+        {
+            return true;
+        }
+        if (pauses < kMostPausesPerLook)
+        {
+            pauses *= 2;
+        }
+        else
+        {
+            std::this_thread::yield();
+        }
+    } while (std::chrono::steady_clock::now() < end);
+    return false;
 }
 
 template<class Ready>
@@ -549,14 +622,12 @@ void TaskSystem::Shutdown(bool cancel)
 
 void TaskSystem::RunLeftTasks()
 {
-    // Not by the queued counts: a producer may have pushed its task and not counted it yet.
     for (std::size_t priority = 0; priority < kPriorityCount; ++priority)
     {
         const auto runAll = [this, priority](WorkQueue& queue)
         {
             for (Task& task : queue.TakeAll())
             {
-                queued_[priority].fetch_sub(1);
                 RunTask(task, static_cast<TaskPriority>(priority));
             }
         };
@@ -576,24 +647,22 @@ void TaskSystem::CancelQueued()
     const std::exception_ptr exception = std::make_exception_ptr(TaskCancelledError());
     for (std::size_t priority = 0; priority < kPriorityCount; ++priority)
     {
-        CancelQueue(global_[priority], priority, exception);
+        CancelQueue(global_[priority], exception);
     }
     for (const std::unique_ptr<Worker>& worker : workers_)
     {
         for (std::size_t priority = 0; priority < worker->queues.size(); ++priority)
         {
-            CancelQueue(worker->queues[priority], priority, exception);
+            CancelQueue(worker->queues[priority], exception);
         }
     }
 }
 
-void TaskSystem::CancelQueue(WorkQueue& queue, std::size_t priority, const std::exception_ptr& exception)
+void TaskSystem::CancelQueue(WorkQueue& queue, const std::exception_ptr& exception)
 {
     for (Task& task : queue.TakeAll())
     {
-        queued_[priority].fetch_sub(1);
         FinishTask(task, exception);
-        EndTask(false);
     }
 }
 

@@ -123,14 +123,17 @@ public:
         }
         const auto runRanges = [&function, grain](const RangeClaim& claim)
         {
-            for (std::size_t first = claim.first; first < claim.end; first += grain)
+            // By value, or what the items write would have it read again for each range.
+            const std::size_t step = grain;
+            const auto [begin, end, stop] = claim;
+            for (std::size_t first = begin; first < end; first += step)
             {
-                if (claim.stop.load(std::memory_order_relaxed))
+                if (stop->load(std::memory_order_relaxed))
                 {
                     return;
                 }
-                const std::size_t end = claim.end - first < grain ? claim.end : first + grain;
-                for (std::size_t index = first; index < end; ++index)
+                const std::size_t rangeEnd = end - first < step ? end : first + step;
+                for (std::size_t index = first; index < rangeEnd; ++index)
                 {
                     function(index);
                 }
@@ -162,7 +165,7 @@ private:
         std::size_t first;
         std::size_t end;
         /// No further range is to start.
-        const std::atomic<bool>& stop;
+        const std::atomic<bool>* stop;
     };
     /// Runs the ranges of a claim, in order. A whole claim per call, as a call costs more than a small range.
     using ClaimFunction = FunctionRef<void(const RangeClaim&)>;
@@ -173,11 +176,15 @@ private:
     void RunIoThread(std::uint32_t index);
     bool RunOneAsWorker();
     bool RunQueued(TaskPriority priority);
+    template<class Ready>
+    bool IdleUntil(std::condition_variable& wakeUp, const Ready& ready);
     bool MayLeave() noexcept;
+    bool IsDrained() const noexcept;
 
     bool TakeTask(TaskPriority priority, Task& task) noexcept;
     bool Steal(std::size_t priority, Task& task) noexcept;
     bool HasQueued(TaskPriority priority) const noexcept;
+    bool HasStealable(std::size_t priority) const noexcept;
     void Enqueue(TaskPriority priority, Task& task);
 
     enum class BackgroundSlot
@@ -187,12 +194,14 @@ private:
     };
     void RunTask(Task& task, TaskPriority priority, BackgroundSlot slot = BackgroundSlot::None) noexcept;
     void FinishTask(Task& task, std::exception_ptr exception) noexcept;
-    void EndTask(bool outermostBackground) noexcept;
 
     std::uint32_t HelpingMask(const CounterState& counter) const noexcept;
     bool HasQueuedIn(std::uint32_t mask) const noexcept;
     bool HelpOnce(std::uint32_t mask);
+    void HelpWhileQueued(const CounterState& counter);
 
+    template<class Ready>
+    bool Spin(const Ready& ready) const;
     template<class Ready>
     void Sleep(std::condition_variable& wakeUp, const Ready& ready);
     void WakeAll() noexcept;
@@ -201,7 +210,7 @@ private:
     bool IsOwnThread() const noexcept;
     void RunLeftTasks();
     void CancelQueued();
-    void CancelQueue(WorkQueue& queue, std::size_t priority, const std::exception_ptr& exception);
+    void CancelQueue(WorkQueue& queue, const std::exception_ptr& exception);
 
     static TaskPriority ParallelPriority(std::optional<TaskPriority> priority) noexcept;
     void ParallelForRanges(std::size_t count, std::size_t grain, TaskPriority priority,
@@ -213,15 +222,15 @@ private:
     bool hasIoThreads_ = false;
     std::array<WorkQueue, kPriorityCount> global_;
 
-    // One cache line: whoever submits or finishes a task needs most of it.
-    /// Per priority, the tasks in the global queue and in the queues of all workers. May pass below 0 for a
-    /// moment, as a task can be taken before it is counted.
-    alignas(64) std::array<std::atomic<std::int64_t>, kPriorityCount> queued_{};
-    std::atomic<std::int64_t> unfinished_ = 0;
     /// Threads that sleep and weren't told to wake. Written with the wake mutex held.
-    std::atomic<std::uint32_t> sleeping_ = 0;
+    alignas(64) std::atomic<std::uint32_t> sleeping_ = 0;
     /// Background tasks that aren't inside another one.
     std::atomic<std::uint32_t> runningBackground_ = 0;
+
+    // Stretches of work, in which a thread takes and runs tasks until it finds none. Outside them no task
+    // runs.
+    alignas(64) std::atomic<std::uint64_t> begunWork_ = 0;
+    std::atomic<std::uint64_t> endedWork_ = 0;
 
     alignas(64) std::atomic<bool> stopping_ = false;
     std::atomic<bool> cancelling_ = false;
@@ -230,6 +239,9 @@ private:
     std::atomic<bool> drained_ = false;
     std::atomic<bool> stopped_ = false;
     std::atomic<std::uint32_t> stealRotation_ = 0;
+    /// Threads of the system that look for work without sleeping.
+    std::atomic<std::uint32_t> spinning_ = 0;
+    bool spins_ = false;
 
     /// Protects the decision to sleep only: who has changed something locks it before notifying.
     std::mutex wakeMutex_;

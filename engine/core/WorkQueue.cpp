@@ -92,7 +92,7 @@ void WorkQueue::Append(Task& task)
         Grow();
     }
     ring_[(first_ + size) & (ring_.size() - 1)] = std::move(task);
-    size_.store(size + 1, std::memory_order_relaxed);
+    size_.store(size + 1); // sequentially consistent for `IsEmpty`
 }
 
 void WorkQueue::Grow()

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/core/AdaptiveMutex.h"
+#include "engine/core/SpinMutex.h"
 #include "engine/core/TaskCounter.h"
 #include "engine/core/TaskFunction.h"
 
@@ -11,11 +11,12 @@
 namespace Vornu::Core::Tasks
 {
 
-/// A callable and the group that it belongs to.
+/// A callable and the group that it belongs to, which lives at least until it is told that the task is
+/// finished.
 struct Task
 {
     TaskFunction function;
-    CounterHandle counter;
+    CounterState* counter = nullptr;
 };
 
 /// The tasks of one priority that wait at one place, oldest first. Safe from any thread.
@@ -28,6 +29,10 @@ public:
     /// The same, unless `closed` stands: false then, and `task` is as it was. A push that doesn't see the
     /// flag is seen by every `TakeAll` after the flag was set.
     bool PushBackUnless(const std::atomic<bool>& closed, Task& task);
+
+    /// Whoever announces that it sleeps and then finds the queue empty can rely on being seen by the next one
+    /// that pushes.
+    bool IsEmpty() const noexcept { return size_.load() == 0; }
 
     /// The newest task; false if there is none.
     bool PopBack(Task& task) noexcept;
@@ -42,7 +47,7 @@ private:
     void Append(Task& task);
     void Grow();
 
-    AdaptiveMutex mutex_;
+    SpinMutex mutex_;
     /// Written with the mutex held; read without it to pass by an empty queue.
     std::atomic<std::size_t> size_ = 0;
     std::size_t first_ = 0;

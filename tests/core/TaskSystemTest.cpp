@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <latch>
 #include <memory>
@@ -72,8 +73,7 @@ std::string WaitFailure(TaskSystem& system, const CounterHandle& counter)
 class Gate
 {
 public:
-    Gate(TaskSystem& system, std::uint32_t workers)
-        : entered_(workers), counter_(std::make_shared<CounterState>())
+    Gate(TaskSystem& system, std::uint32_t workers) : entered_(workers), counter_(CounterHandle::Make())
     {
         for (std::uint32_t i = 0; i < workers; ++i)
         {
@@ -171,7 +171,7 @@ TEST(TaskSystem, ManyProducersLoseNoTask)
             {
                 for (int round = 0; round < 50; ++round)
                 {
-                    const auto counter = std::make_shared<CounterState>();
+                    const auto counter = CounterHandle::Make();
                     for (int i = 0; i < 20; ++i)
                     {
                         const auto priority = static_cast<TaskPriority>((producer + i) % 4);
@@ -224,7 +224,7 @@ TEST(TaskSystem, IoTaskWaitsForItsLikeOnTheOnlyIoThread)
 TEST(TaskSystem, WorkerTakesHigherPriorityFirstAndItsOwnNewestFirst)
 {
     TaskSystem system(Threads(1));
-    const auto counter = std::make_shared<CounterState>();
+    const auto counter = CounterHandle::Make();
     std::string order;
     Gate gate(system, 1);
     const auto note = [&order](char c) { return [&order, c] { order += c; }; };
@@ -298,7 +298,7 @@ TEST(TaskSystem, FirstExceptionOfAGroupReachesEveryWaiter)
 {
     const LoggedMessages log;
     TaskSystem system(Threads(2));
-    const auto counter = std::make_shared<CounterState>();
+    const auto counter = CounterHandle::Make();
     std::atomic<int> ran = 0;
     for (int i = 0; i < 100; ++i)
     {
@@ -465,6 +465,82 @@ TEST(TaskSystem, ShutdownUnderLoadFinishesEverything)
         system.Async(TaskPriority::IO, [&late] { late = true; });
         EXPECT_TRUE(late);
     }
+}
+
+TEST(TaskSystem, ShutdownWaitsForTheTaskThatAWaiterRuns)
+{
+    for (const bool workerSleeps : {false, true})
+    {
+        TaskSystem system(Threads(1));
+        Gate gate(system, 1);
+        std::latch running(1);
+        std::atomic<bool> leftover = false;
+        std::atomic<bool> ended = false;
+        const CounterHandle task =
+            system.Async(TaskPriority::High,
+                         [&]
+                         {
+                             running.count_down();
+                             std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                             system.Async(TaskPriority::Normal, [&] { leftover = true; });
+                             ended = true;
+                         });
+        std::thread waiter([&] { system.Wait(task); });
+        running.wait();
+        gate.Open();
+        if (workerSleeps)
+        {
+            system.Wait(gate.Counter());
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        system.Shutdown();
+        EXPECT_TRUE(ended.load());
+        EXPECT_TRUE(leftover.load());
+        waiter.join();
+    }
+}
+
+TEST(TaskSystem, SleepingThreadsWakeForEachPriority)
+{
+    TaskSystem system(Threads(3, 1));
+    for (const TaskPriority priority :
+         {TaskPriority::High, TaskPriority::Normal, TaskPriority::Background, TaskPriority::IO})
+    {
+        // Longer than any thread looks for work. As many tasks meet as the pool has threads for them.
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        const int count = priority == TaskPriority::IO ? 1 : priority == TaskPriority::Background ? 2 : 3;
+        std::latch together(count);
+        const CounterHandle counter = CounterHandle::Make();
+        for (int i = 0; i < count; ++i)
+        {
+            system.Submit(
+                priority, [&together] { together.arrive_and_wait(); }, counter);
+        }
+        together.wait();
+        system.Wait(counter);
+    }
+}
+
+TEST(TaskSystem, GroupOutlivesItsHandlesUntilItsLastTask)
+{
+    const LoggedMessages log;
+    TaskSystem system(Threads(1));
+    Gate gate(system, 1);
+    CounterHandle handle = CounterHandle::Make();
+    for (int i = 0; i < 100; ++i)
+    {
+        system.Submit(
+            TaskPriority::Normal, [i] { i == 99 ? throw std::runtime_error("last of 100") : 0; }, handle);
+    }
+    CounterHandle moved = std::move(handle);
+    handle = moved;
+    moved = nullptr;
+    EXPECT_FALSE(handle->IsDone());
+    handle = nullptr;
+    EXPECT_EQ(log.Count("Task failed and nobody waited for it: last of 100"), 0);
+    gate.Open();
+    system.Shutdown();
+    EXPECT_EQ(log.Count("Task failed and nobody waited for it: last of 100"), 1);
 }
 
 TEST(TaskSystem, CancellingShutdownRunsNothingThatHasNotStarted)
