@@ -11,8 +11,7 @@ namespace
 // Trying less and less often leaves the cache line to those who work there.
 constexpr int kMostPauses = 64;
 
-} // namespace
-
+/// Tells the processor that the caller polls a value.
 void RelaxProcessor() noexcept
 {
 #if defined(__x86_64__) || defined(__i386__)
@@ -21,6 +20,8 @@ void RelaxProcessor() noexcept
     asm volatile("yield");
 #endif
 }
+
+} // namespace
 
 void SpinMutex::LockSlowly() noexcept
 {

@@ -28,7 +28,4 @@ private:
     std::atomic<bool> held_ = false;
 };
 
-/// Tells the processor that the caller polls a value.
-void RelaxProcessor() noexcept;
-
 } // namespace Vornu::Core

@@ -1,23 +1,15 @@
 #include "engine/core/TaskSystem.h"
 
 #include "engine/core/Logger.h"
-#include "engine/core/SpinMutex.h"
 #include "engine/core/System.h"
 
 #include <algorithm>
-#include <chrono>
 #include <string>
 
 namespace Vornu::Core::Tasks
 {
 namespace
 {
-
-/// How long a thread looks for work before it sleeps. Waking it costs the waker some microseconds and the
-/// work some tens.
-constexpr std::chrono::microseconds kSpinTime{50};
-/// Looking takes the cache line away from those who write there.
-constexpr int kMostPausesPerLook = 64;
 
 constexpr std::uint32_t kIoBit = 1u << static_cast<unsigned>(TaskPriority::IO);
 
@@ -83,8 +75,6 @@ TaskSystem::TaskSystem(const TaskSystemConfig& config)
         return;
     }
     hasIoThreads_ = config.ioThreads > 0;
-    // On a single core whoever could bring work waits for the one that spins.
-    spins_ = std::thread::hardware_concurrency() > 1;
     workers_.reserve(workers);
     for (std::uint32_t i = 0; i < workers; ++i)
     {
@@ -337,8 +327,7 @@ void TaskSystem::RunIoThread(std::uint32_t index)
     } while (IdleUntil(ioWakeUp_, [this] { return HasQueued(TaskPriority::IO); }));
 }
 
-/// False once the thread has to end. At most half of the threads spin, so that a large pool with little to do
-/// leaves the cores to others.
+/// False once the thread has to end.
 template<class Ready>
 bool TaskSystem::IdleUntil(std::condition_variable& wakeUp, const Ready& ready)
 {
@@ -348,13 +337,7 @@ bool TaskSystem::IdleUntil(std::condition_variable& wakeUp, const Ready& ready)
         leaves = MayLeave();
         return leaves || ready();
     };
-    const bool maySpin = spinning_.fetch_add(1) < (workers_.size() + 1) / 2;
-    const bool isReady = maySpin && Spin(readyOrLeaving);
-    spinning_.fetch_sub(1);
-    if (!isReady)
-    {
-        Sleep(wakeUp, readyOrLeaving);
-    }
+    Sleep(wakeUp, readyOrLeaving);
     if (leaves)
     {
         WakeAll(); // the others may go too
@@ -486,45 +469,13 @@ void TaskSystem::Wait(const CounterHandle& counter)
     while (!kept->IsDone())
     {
         HelpWhileQueued(*kept);
-        if (!ready() && !Spin(ready))
+        if (!ready())
         {
             kept->NoteWaiter();
             Sleep(isIoThread ? ioWakeUp_ : workersWakeUp_, ready);
         }
     }
     kept->Rethrow();
-}
-
-/// False if nothing came for a while.
-template<class Ready>
-bool TaskSystem::Spin(const Ready& ready) const
-{
-    if (!spins_)
-    {
-        return false;
-    }
-    const auto end = std::chrono::steady_clock::now() + kSpinTime;
-    int pauses = 1;
-    do
-    {
-        for (int i = 0; i < pauses; ++i)
-        {
-            RelaxProcessor();
-        }
-        if (ready())
-        {
-            return true;
-        }
-        if (pauses < kMostPausesPerLook)
-        {
-            pauses *= 2;
-        }
-        else
-        {
-            std::this_thread::yield();
-        }
-    } while (std::chrono::steady_clock::now() < end);
-    return false;
 }
 
 template<class Ready>

@@ -201,8 +201,6 @@ private:
     void HelpWhileQueued(const CounterState& counter);
 
     template<class Ready>
-    bool Spin(const Ready& ready) const;
-    template<class Ready>
     void Sleep(std::condition_variable& wakeUp, const Ready& ready);
     void WakeAll() noexcept;
     void WakeAllIfSleeping() noexcept;
@@ -239,9 +237,6 @@ private:
     std::atomic<bool> drained_ = false;
     std::atomic<bool> stopped_ = false;
     std::atomic<std::uint32_t> stealRotation_ = 0;
-    /// Threads of the system that look for work without sleeping.
-    std::atomic<std::uint32_t> spinning_ = 0;
-    bool spins_ = false;
 
     /// Protects the decision to sleep only: who has changed something locks it before notifying.
     std::mutex wakeMutex_;
