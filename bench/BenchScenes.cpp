@@ -7,12 +7,16 @@
 #include "engine/scene/SceneFile.h"
 #include "engine/scene/legacy/LegacyReader.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <random>
+#include <regex>
 #include <stdexcept>
+#include <string_view>
+#include <vector>
 
 namespace Vornu::Bench
 {
@@ -91,10 +95,71 @@ void AppendMember(std::string& out, const char* name, std::initializer_list<floa
     out += values.size() > 1 ? "]" : "";
 }
 
+/// Every positional record of the examples, each with the main record that it needs in front of it.
+std::vector<std::string> AllRecords()
+{
+    constexpr std::string_view kMainRecords[] = {"animator", "buoyancy_v4", "script"};
+    std::ifstream file(VORNU_EXAMPLES "/Content/Levels/every_record_v5.vscene");
+    const std::regex reference("\"content:[^\"]*\"");
+    std::vector<std::string> records;
+    std::string main;
+    for (std::string line; std::getline(file, line);)
+    {
+        const std::string keyword = line.substr(0, line.find(' '));
+        line = std::regex_replace(line, reference, "\"\"") + "\n";
+        if (std::find(std::begin(kMainRecords), std::end(kMainRecords), keyword) != std::end(kMainRecords))
+        {
+            main = line;
+        }
+        if (keyword == "entity")
+        {
+            main.clear();
+        }
+        else if (!main.empty() ||
+                 (keyword != "scene_version" && keyword != "parent" && keyword != "end_entity"))
+        {
+            const bool isDetail = !main.empty() && main != line && keyword.starts_with(main.substr(0, 6));
+            records.push_back((isDetail ? main : "") + line);
+        }
+    }
+    return records;
+}
+
+std::string TerrainText()
+{
+    std::string text = "terrain 24 24 3 256 256\nterrain_heights 65536";
+    for (int i = 0; i < 65'536; ++i)
+    {
+        AppendFormat(text, " %.4g", 0.001 * (i % 997));
+    }
+    return text + "\n";
+}
+
+std::string MixedSceneText(std::size_t entityCount)
+{
+    const std::vector<std::string> records = AllRecords();
+    const std::string terrain = TerrainText();
+    std::mt19937_64 random(entityCount);
+    std::string text = "scene_version 5\n";
+    for (std::size_t i = 0; i < entityCount; ++i)
+    {
+        const std::string guid = Core::Guid{random() | 1, random()}.ToString();
+        AppendFormat(text, "entity \"%s\" \"Thing_%zu\"\n", guid.c_str(), i);
+        text += records[i % records.size()];
+        text += i % 10'000 == 0 ? terrain : "";
+        text += "end_entity\n";
+    }
+    return text;
+}
+
 } // namespace
 
 std::string LegacySceneText(std::size_t entityCount, Shape shape)
 {
+    if (shape == Shape::Mixed)
+    {
+        return MixedSceneText(entityCount);
+    }
     std::string text = "scene_version 3\nenvironment \"\" 1 1 0 1\n";
     ForEachEntity(entityCount, shape,
                   [&text](const EntityValues& e)

@@ -4,7 +4,9 @@
 #include <filesystem>
 #include <string>
 
-/// Scenes to measure: each entity has a transform and a mesh renderer, every fifth a point light.
+/// Scenes to measure: each entity has a transform and a mesh renderer, every fifth a point light. Those of a
+/// mixed scene have a positional record each, every kind in turn, and every ten thousandth a terrain of 256
+/// by 256 heights.
 namespace Vornu::Bench
 {
 
@@ -12,12 +14,14 @@ enum class Shape
 {
     Flat, // all under one root
     Deep, // one chain
+    Mixed,
 };
 
-/// A positional scene of format version 3.
+/// A positional scene of format version 3, a mixed one of version 5.
 std::string LegacySceneText(std::size_t entityCount, Shape shape);
 
-/// The same entities as one JSON document, with the values under the names that records give them.
+/// The same entities, of a scene that isn't mixed, as one JSON document, with the values under the names that
+/// records give them.
 std::string JsonSceneText(std::size_t entityCount, Shape shape);
 
 /// A folder for the run's files, removed at the end of the scope. Keeps the program's own folders in there.

@@ -10,6 +10,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace Vornu::Bench
 {
@@ -138,13 +139,15 @@ int main(int argc, char** argv)
                         {"save", &Save},
                         {"load", &Load},
                         {"verify", &Verify}};
-    for (const Shape shape : {Shape::Flat, Shape::Deep})
+    const std::pair<Shape, const char*> shapes[] = {
+        {Shape::Flat, "/flat"}, {Shape::Deep, "/deep"}, {Shape::Mixed, "/mixed"}};
+    for (const auto& [shape, shapeName] : shapes)
     {
         for (const long count : {1'000, 10'000, 100'000})
         {
             for (const Row& row : rows)
             {
-                const std::string name = std::string(row.name) + (shape == Shape::Flat ? "/flat" : "/deep");
+                const std::string name = std::string(row.name) + shapeName;
                 benchmark::RegisterBenchmark(name.c_str(), row.run)
                     ->Args({count, static_cast<long>(shape)})
                     ->Unit(benchmark::kMillisecond);
