@@ -5,27 +5,34 @@
 namespace Vornu::Reflection
 {
 
-FieldAttr& FieldAttr::Label(std::string text)
+FieldAttr::FieldAttr() = default;
+FieldAttr::FieldAttr(const FieldAttr& other) = default;
+FieldAttr::FieldAttr(FieldAttr&& other) noexcept = default;
+FieldAttr& FieldAttr::operator=(const FieldAttr& other) = default;
+FieldAttr& FieldAttr::operator=(FieldAttr&& other) noexcept = default;
+FieldAttr::~FieldAttr() = default;
+
+FieldAttr& FieldAttr::Label(std::string_view text)
 {
-    displayName = std::move(text);
+    displayName = text;
     return *this;
 }
 
-FieldAttr& FieldAttr::Asset(std::string typeName)
+FieldAttr& FieldAttr::Asset(std::string_view typeName)
 {
-    assetType = std::move(typeName);
+    assetType = typeName;
     return *this;
 }
 
-FieldAttr& FieldAttr::Group(std::string text)
+FieldAttr& FieldAttr::Group(std::string_view text)
 {
-    group = std::move(text);
+    group = text;
     return *this;
 }
 
-FieldAttr& FieldAttr::Tooltip(std::string text)
+FieldAttr& FieldAttr::Tooltip(std::string_view text)
 {
-    tooltip = std::move(text);
+    tooltip = text;
     return *this;
 }
 
@@ -61,10 +68,10 @@ FieldAttr& FieldAttr::Until(std::uint32_t version)
     return *this;
 }
 
-FieldAttr Label(std::string text)
+FieldAttr Label(std::string_view text)
 {
     FieldAttr attributes;
-    attributes.Label(std::move(text));
+    attributes.Label(text);
     return attributes;
 }
 

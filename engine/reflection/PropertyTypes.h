@@ -106,10 +106,18 @@ struct FieldAttr : PropertyAttributes
 {
     std::optional<PropertyKind> kind;
 
-    FieldAttr& Label(std::string text);
-    FieldAttr& Asset(std::string typeName);
-    FieldAttr& Group(std::string text);
-    FieldAttr& Tooltip(std::string text);
+    // Not inline: registrations hold hundreds of these in one function.
+    FieldAttr();
+    FieldAttr(const FieldAttr& other);
+    FieldAttr(FieldAttr&& other) noexcept;
+    FieldAttr& operator=(const FieldAttr& other);
+    FieldAttr& operator=(FieldAttr&& other) noexcept;
+    ~FieldAttr();
+
+    FieldAttr& Label(std::string_view text);
+    FieldAttr& Asset(std::string_view typeName);
+    FieldAttr& Group(std::string_view text);
+    FieldAttr& Tooltip(std::string_view text);
     FieldAttr& Range(float minimum, float maximum);
     FieldAttr& With(PropertyFlags flag);
     FieldAttr& Kind(PropertyKind override);
@@ -118,7 +126,7 @@ struct FieldAttr : PropertyAttributes
 };
 
 /// Attributes with the display name `text`.
-FieldAttr Label(std::string text);
+FieldAttr Label(std::string_view text);
 
 /// A signed or an unsigned 64-bit integer. A negative value never equals an unsigned one.
 struct EnumValue
@@ -155,11 +163,12 @@ private:
     }
 };
 
+/// The texts are literals of the code that registers the enum.
 struct EnumEntry
 {
     EnumValue value;
-    std::string name;             // as files have it
-    std::string displayName = {}; // the name when left empty
+    std::string_view name;             // as files have it
+    std::string_view displayName = {}; // the name when left empty
 };
 
 struct EnumSchema

@@ -44,9 +44,9 @@ public:
     }
 
     template<class Value, class Owner>
-    ValueBuilder& Field(const char* name, Value Owner::*member, FieldAttr attributes = {})
+    ValueBuilder& Field(const char* name, Value Owner::*member, const FieldAttr& given = FieldAttr())
     {
-        attributes = CompleteField<Value>(registry_, name, std::move(attributes));
+        FieldAttr attributes = CompleteField<Value>(registry_, name, given);
         const PropertyKind kind = *attributes.kind;
         registry_.AddProperty<Type, Value>(type_.name, name, member, kind, std::move(attributes));
         return *this;

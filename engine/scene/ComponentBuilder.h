@@ -202,10 +202,10 @@ public:
 
     /// Adds a property and its layout row; the order of the calls is the order in files.
     template<class Value, class Owner>
-    ComponentBuilder& Field(const char* name, Value Owner::*member, FieldAttr attributes = {})
+    ComponentBuilder& Field(const char* name, Value Owner::*member, const FieldAttr& given = FieldAttr())
     {
         auto& reflection = Reflection::ReflectionRegistry::Instance();
-        attributes = Reflection::CompleteField<Value>(reflection, name, std::move(attributes));
+        FieldAttr attributes = Reflection::CompleteField<Value>(reflection, name, given);
         const PropertyKind kind = *attributes.kind;
         Value Component::*const own = member;
         if constexpr (std::is_same_v<Value, Core::Guid>)
