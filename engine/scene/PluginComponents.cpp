@@ -14,6 +14,7 @@
 #include <set>
 #include <stdexcept>
 #include <type_traits>
+#include <utility>
 
 namespace Vornu::Scene
 {
