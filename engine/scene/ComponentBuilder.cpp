@@ -3,6 +3,22 @@
 namespace Vornu::Scene::Detail
 {
 
+ComponentTypeEntry& AddPlainEntry(Reflection::TypeId type, const std::string& typeName,
+                                  const std::string& displayName, const std::string& category,
+                                  ComponentFlags flags)
+{
+    ComponentTypeEntry& entry = ComponentRegistry::Instance().AddEntry(type);
+    entry.typeName = typeName;
+    entry.displayName = displayName;
+    entry.category = category;
+    entry.flags = flags;
+    entry.addable = HasFlag(flags, ComponentFlags::UserAddable);
+    entry.persistent = HasFlag(flags, ComponentFlags::Serialized);
+    entry.records = {{typeName, false}};
+    Reflection::ReflectionRegistry::Instance().RegisterType(type, typeName, displayName, category, 1);
+    return entry;
+}
+
 void AddSaveGameField(ComponentTypeEntry& entry, SaveGameField field)
 {
     for (const SaveGameField& known : entry.saveGame.fields)

@@ -142,6 +142,10 @@ void InstallEntityOperations(ComponentTypeEntry& entry)
     { CopyComponent<Component>(entry, source, target, from, to, kind); };
 }
 
+/// Adds a type to both registries, as one plain record of version 1.
+ComponentTypeEntry& AddPlainEntry(Reflection::TypeId type, const std::string& typeName,
+                                  const std::string& displayName, const std::string& category,
+                                  ComponentFlags flags);
 /// Throws `std::invalid_argument` for a name that is there already.
 void AddSaveGameField(ComponentTypeEntry& entry, SaveGameField field);
 /// The same for a path, and for an empty one.
@@ -163,16 +167,10 @@ template<class Component>
 ComponentTypeEntry& MakeComponentEntry(const std::string& typeName, const std::string& displayName,
                                        const std::string& category, ComponentFlags flags)
 {
-    ComponentTypeEntry& entry = ComponentRegistry::Instance().AddEntry(Reflection::TypeIdOf<Component>());
-    entry.typeName = typeName;
-    entry.displayName = displayName;
-    entry.category = category;
-    entry.flags = flags;
-    entry.addable = HasFlag(flags, ComponentFlags::UserAddable);
-    entry.persistent = HasFlag(flags, ComponentFlags::Serialized);
+    ComponentTypeEntry& entry =
+        Detail::AddPlainEntry(Reflection::TypeIdOf<Component>(), typeName, displayName, category, flags);
     entry.size = sizeof(Component);
     entry.alignment = alignof(Component);
-    entry.records = {{typeName, false}};
     Detail::InstallEntityOperations<Component>(entry);
     InstallComponentSaver<Component>(entry, &CaptureInto<Component>);
     using Value = ComponentLoadValue<Component>;
@@ -181,7 +179,6 @@ ComponentTypeEntry& MakeComponentEntry(const std::string& typeName, const std::s
         [](Value& state, const Reflection::SchemaRecord& record, std::uint64_t,
            const ComponentLoadContext& context) { state.value = ApplyFresh<Component>(record, context); },
         [](Value&) {});
-    Reflection::ReflectionRegistry::Instance().RegisterType<Component>(typeName, displayName, category, 1);
     return entry;
 }
 

@@ -1,5 +1,6 @@
 #include "engine/scene/MissingComponents.h"
 
+#include "engine/core/Ascii.h"
 #include "engine/core/Logger.h"
 
 #include <algorithm>
@@ -31,22 +32,17 @@ RemovedComponent* FindRemoved(std::string_view name) noexcept
     return found == std::end(removed) ? nullptr : found;
 }
 
-bool IsLetter(char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
 bool IsRecordNameCharacter(char c)
 {
-    return IsLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '.' || c == '_';
+    return Core::IsAsciiLetter(c) || Core::IsAsciiDigit(c) || c == '-' || c == '.' || c == '_';
 }
 
 } // namespace
 
 bool IsPluginRecordName(std::string_view name) noexcept
 {
-    return name.size() >= 3 && name.find('.') != std::string_view::npos && IsLetter(name.front()) &&
-           std::all_of(name.begin(), name.end(), IsRecordNameCharacter);
+    return name.size() >= 3 && name.find('.') != std::string_view::npos &&
+           Core::IsAsciiLetter(name.front()) && std::all_of(name.begin(), name.end(), IsRecordNameCharacter);
 }
 
 bool IsRemovedComponent(std::string_view name) noexcept

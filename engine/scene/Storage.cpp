@@ -3,6 +3,7 @@
 namespace Vornu::Scene
 {
 
+IStorage::IStorage(const IStorage&) = default;
 IStorage::~IStorage() = default;
 
 void IStorage::Append(Entity entity)

@@ -60,7 +60,7 @@ public:
 
 protected:
     IStorage() = default;
-    IStorage(const IStorage&) = default;
+    IStorage(const IStorage&);
     IStorage& operator=(const IStorage&) = delete;
 
     /// Dense position + 1 of whatever generation of the index is stored, 0 when none is.
