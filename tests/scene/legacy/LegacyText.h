@@ -147,7 +147,8 @@ inline void ExpectParts(const std::string& component, std::initializer_list<Row>
     for (const Row& row : rows)
     {
         const std::string text = "scene_version " + std::to_string(version) + "\nentity \"\" \"E\"\n";
-        const std::string changes = ";" + legacy.Changes(text + row.records + "\n", component);
+        std::string changes(1, ';');
+        changes += legacy.Changes(text + row.records + "\n", component);
         std::istringstream parts(row.changes);
         std::size_t at = 0;
         for (std::string part; at != std::string::npos && std::getline(parts, part, ';');)
