@@ -11,7 +11,7 @@ namespace Vornu::Reflection
 namespace
 {
 
-constexpr std::size_t kFirstBlockSize = 4096;
+constexpr std::size_t kFirstBlockSize = 1024;
 constexpr std::size_t kLargestBlockSize = std::size_t{256} * 1024;
 
 } // namespace

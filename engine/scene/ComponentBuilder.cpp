@@ -7,6 +7,8 @@ ComponentTypeEntry& AddPlainEntry(Reflection::TypeId type, const std::string& ty
                                   const std::string& displayName, const std::string& category,
                                   ComponentFlags flags)
 {
+    // First, since it refuses a name that is taken.
+    Reflection::ReflectionRegistry::Instance().RegisterType(type, typeName, displayName, category, 1);
     ComponentTypeEntry& entry = ComponentRegistry::Instance().AddEntry(type);
     entry.typeName = typeName;
     entry.displayName = displayName;
@@ -15,7 +17,6 @@ ComponentTypeEntry& AddPlainEntry(Reflection::TypeId type, const std::string& ty
     entry.addable = HasFlag(flags, ComponentFlags::UserAddable);
     entry.persistent = HasFlag(flags, ComponentFlags::Serialized);
     entry.records = {{typeName, false}};
-    Reflection::ReflectionRegistry::Instance().RegisterType(type, typeName, displayName, category, 1);
     return entry;
 }
 

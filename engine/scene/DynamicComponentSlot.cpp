@@ -26,7 +26,7 @@ DynamicComponentData& DynamicComponentData::operator=(const DynamicComponentData
 DynamicComponentData& DynamicComponentData::operator=(DynamicComponentData&& other) noexcept = default;
 DynamicComponentData::~DynamicComponentData() = default;
 
-DynamicComponentData& SlotDefaults(std::size_t slot) noexcept
+DynamicComponentData& SlotDefaults(std::size_t slot)
 {
     // Stays until the process ends.
     static auto* const defaults = new std::array<DynamicComponentData, kPluginComponentLimit>;

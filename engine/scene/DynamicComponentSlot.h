@@ -31,7 +31,7 @@ struct DynamicComponentData
 };
 
 /// What new components of a slot start with. Changed only before the slot is taken.
-DynamicComponentData& SlotDefaults(std::size_t slot) noexcept;
+DynamicComponentData& SlotDefaults(std::size_t slot);
 
 /// One type of the pool, with a storage and an identity of its own.
 template<std::size_t kSlot>

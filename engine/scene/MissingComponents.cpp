@@ -52,10 +52,14 @@ bool IsRemovedComponent(std::string_view name) noexcept
 
 void ReportUnloadedPluginComponent(const std::string& name)
 {
-    static std::recursive_mutex mutex; // a log sink may load scenes of its own
-    static std::set<std::string> reported;
-    const std::lock_guard lock(mutex);
-    if (reported.insert(name).second)
+    static std::mutex mutex;
+    static auto* const reported = new std::set<std::string>; // stays until the process ends
+    bool isNew = false;
+    {
+        const std::lock_guard lock(mutex);
+        isNew = reported->insert(name).second;
+    }
+    if (isNew) // without the lock, as a log sink may load scenes of its own
     {
         Core::LogWarning(
             "Component '" + name +

@@ -29,6 +29,10 @@ constexpr std::size_t kMaxNameBytes = 128;
 constexpr std::size_t kMaxFieldNameBytes = 64;
 constexpr std::size_t kStringsOffset = offsetof(DynamicComponentData, strings);
 static_assert(offsetof(DynamicComponentData, data) == 0, "the offset of a field is one in the component");
+static_assert(kStringsOffset == kPluginDataBytes);
+static_assert(sizeof(glm::vec2) == 8 && sizeof(glm::vec3) == 12 && sizeof(glm::vec4) == 16 &&
+                  alignof(glm::vec4) == 4 && alignof(Core::Guid) == 8,
+              "plugins count on where their fields lie");
 
 struct SlotState
 {

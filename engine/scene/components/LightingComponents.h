@@ -27,11 +27,9 @@ struct DirectionalLightComponent
     bool showCascadeDebug = false;
 };
 
-struct PointLightComponent
+/// What lights share that stand somewhere in the scene.
+struct LocalLight
 {
-    glm::vec3 color{1.0f, 0.82f, 0.62f};
-    float intensity = 18.0f;
-    float range = 10.0f;
     bool inverseSquareFalloff = true;
     bool enabled = true;
     bool castsShadows = false;
@@ -40,29 +38,27 @@ struct PointLightComponent
     float shadowSlopeBias = 1.0f;
     float shadowStrength = 0.78f;
     std::int32_t shadowPcfRadius = 1;
-    std::uint32_t shadowResolution = 512u;
+    std::uint32_t shadowResolution = 512;
     float shadowNearPlane = 0.05f;
     float shadowFarPlane = 0.0f;
 };
 
-struct SpotLightComponent
+struct PointLightComponent : LocalLight
 {
+    glm::vec3 color{1.0f, 0.82f, 0.62f};
+    float intensity = 18.0f;
+    float range = 10.0f;
+};
+
+struct SpotLightComponent : LocalLight
+{
+    SpotLightComponent() { shadowResolution = 1024; }
+
     glm::vec3 color{1.0f, 0.9f, 0.72f};
     float intensity = 24.0f;
     float range = 14.0f;
-    bool inverseSquareFalloff = true;
     float innerAngleDegrees = 20.0f;
     float outerAngleDegrees = 32.0f;
-    bool enabled = true;
-    bool castsShadows = false;
-    float shadowBias = 0.0015f;
-    float shadowNormalBias = 0.01f;
-    float shadowSlopeBias = 1.0f;
-    float shadowStrength = 0.78f;
-    std::int32_t shadowPcfRadius = 1;
-    std::uint32_t shadowResolution = 1024u;
-    float shadowNearPlane = 0.05f;
-    float shadowFarPlane = 0.0f;
 };
 
 struct ReflectionProbeComponent

@@ -18,24 +18,28 @@ void ReadDirectionalLight(RecordLine& line, RecordContext& context)
     context.entity.components.Set(light);
 }
 
+/// The end of the record. These lights fell off linearly.
+void ReadLocalLight(RecordLine& line, LocalLight& light)
+{
+    light.inverseSquareFalloff = false;
+    line.Read(light.enabled, light.castsShadows, light.shadowBias, light.shadowNormalBias,
+              light.shadowSlopeBias, light.shadowStrength, light.shadowPcfRadius, light.shadowResolution,
+              light.shadowNearPlane, light.shadowFarPlane);
+}
+
 void ReadPointLight(RecordLine& line, RecordContext& context)
 {
     PointLightComponent light;
-    light.inverseSquareFalloff = false; // these lights fell off linearly
-    line.Read(light.color, light.intensity, light.range, light.enabled, light.castsShadows, light.shadowBias,
-              light.shadowNormalBias, light.shadowSlopeBias, light.shadowStrength, light.shadowPcfRadius,
-              light.shadowResolution, light.shadowNearPlane, light.shadowFarPlane);
+    line.Read(light.color, light.intensity, light.range);
+    ReadLocalLight(line, light);
     context.entity.components.Set(light);
 }
 
 void ReadSpotLight(RecordLine& line, RecordContext& context)
 {
     auto light = BeginComponent<SpotLightComponent>(context, "Duplicate SpotLightComponent record.");
-    light.inverseSquareFalloff = false; // these lights fell off linearly
-    line.Read(light.color, light.intensity, light.range, light.innerAngleDegrees, light.outerAngleDegrees,
-              light.enabled, light.castsShadows, light.shadowBias, light.shadowNormalBias,
-              light.shadowSlopeBias, light.shadowStrength, light.shadowPcfRadius, light.shadowResolution,
-              light.shadowNearPlane, light.shadowFarPlane);
+    line.Read(light.color, light.intensity, light.range, light.innerAngleDegrees, light.outerAngleDegrees);
+    ReadLocalLight(line, light);
     context.entity.components.Set(light);
 }
 
