@@ -8,12 +8,16 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-/// Runs a fuzz target over every file of a folder, and over every beginning of it up to a limit.
-int main(int argc, char** argv)
+namespace
+{
+
+/// Runs the target over every file of a folder, and over every beginning of it up to a limit. Gives the
+/// number of files.
+std::size_t ReplayFolder(const std::filesystem::path& folder)
 {
     constexpr std::size_t kMaxCuts = 400;
     std::size_t files = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(argc > 1 ? argv[1] : "."))
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
     {
         std::ifstream file(entry.path(), std::ios::binary);
         const std::string text{std::istreambuf_iterator<char>(file), {}};
@@ -23,6 +27,18 @@ int main(int argc, char** argv)
             LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(text.data()), size);
         }
         ++files;
+    }
+    return files;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::size_t files = 0;
+    for (int i = 1; i < argc; ++i)
+    {
+        files += ReplayFolder(argv[i]);
     }
     std::printf("%zu seeds replayed\n", files);
     return files > 0 ? 0 : 1;
