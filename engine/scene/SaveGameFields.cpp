@@ -100,8 +100,7 @@ void ComponentSaveGameFields::Apply(void* component, const SaveGameFieldSet& set
     {
         for (const auto& [name, bytes] : set.fields)
         {
-            const auto field = std::find_if(fields.begin(), fields.end(),
-                                            [&](const SaveGameField& known) { return known.name == name; });
+            const auto field = std::ranges::find(fields, name, &SaveGameField::name);
             if (field == fields.end())
             {
                 if (unknown != nullptr)
