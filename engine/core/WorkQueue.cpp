@@ -31,22 +31,15 @@ bool WorkQueue::PushBackUnless(const std::atomic<bool>& closed, Task& task)
 
 bool WorkQueue::PopBack(Task& task) noexcept
 {
-    if (size_.load(std::memory_order_relaxed) == 0)
-    {
-        return false;
-    }
-    const std::lock_guard lock(mutex_);
-    const std::size_t size = size_.load(std::memory_order_relaxed);
-    if (size == 0)
-    {
-        return false;
-    }
-    task = std::move(ring_[(first_ + size - 1) & (ring_.size() - 1)]);
-    size_.store(size - 1, std::memory_order_relaxed);
-    return true;
+    return Pop(task, End::Newest);
 }
 
 bool WorkQueue::PopFront(Task& task) noexcept
+{
+    return Pop(task, End::Oldest);
+}
+
+bool WorkQueue::Pop(Task& task, End end) noexcept
 {
     if (size_.load(std::memory_order_relaxed) == 0)
     {
@@ -58,8 +51,9 @@ bool WorkQueue::PopFront(Task& task) noexcept
     {
         return false;
     }
-    task = std::move(ring_[first_]);
-    first_ = (first_ + 1) & (ring_.size() - 1);
+    const std::size_t place = end == End::Oldest ? first_ : first_ + size - 1;
+    task = std::move(ring_[place & (ring_.size() - 1)]);
+    first_ = end == End::Oldest ? (first_ + 1) & (ring_.size() - 1) : first_;
     size_.store(size - 1, std::memory_order_relaxed);
     return true;
 }

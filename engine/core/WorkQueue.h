@@ -44,6 +44,13 @@ public:
     std::vector<Task> TakeAll();
 
 private:
+    enum class End
+    {
+        Oldest,
+        Newest,
+    };
+
+    bool Pop(Task& task, End end) noexcept;
     void Append(Task& task);
     void Grow();
 
