@@ -32,11 +32,28 @@ struct EntityValues
     float position[3];
     float rotation[3];
     float scale;
+    bool hasBody;
+    float mass;
+    float damping;
     bool hasLight;
     float color[3];
     float intensity;
     float range;
 };
+
+std::size_t ParentOf(std::size_t entity, Shape shape)
+{
+    constexpr std::size_t kChildren = 8;
+    switch (shape)
+    {
+    case Shape::Flat:
+        return 0;
+    case Shape::Deep:
+        return entity - 1;
+    default:
+        return (entity - 1) / kChildren;
+    }
+}
 
 template<class Visit>
 void ForEachEntity(std::size_t count, Shape shape, Visit visit)
@@ -44,13 +61,12 @@ void ForEachEntity(std::size_t count, Shape shape, Visit visit)
     std::mt19937_64 random(count);
     const auto number = [&random](float limit)
     { return limit * static_cast<float>(random() % 20001) / 10000.0f - limit; };
-    std::string root;
-    std::string previous;
+    std::vector<std::string> guids;
     for (std::size_t i = 0; i < count; ++i)
     {
         EntityValues entity;
-        entity.guid = Core::Guid{random() | 1, random()}.ToString();
-        entity.parent = shape == Shape::Flat ? root : previous;
+        entity.guid = guids.emplace_back(Core::Guid{random() | 1, random()}.ToString());
+        entity.parent = i == 0 ? "" : guids[ParentOf(i, shape)];
         entity.name = "Prop_" + std::to_string(i);
         for (int axis = 0; axis < 3; ++axis)
         {
@@ -59,12 +75,13 @@ void ForEachEntity(std::size_t count, Shape shape, Visit visit)
             entity.color[axis] = 0.5f + number(0.5f);
         }
         entity.scale = random() % 4 == 0 ? 1.5f + number(0.5f) : 1.0f;
-        entity.hasLight = i % 5 == 0;
+        entity.hasBody = i % 5 == 0;
+        entity.mass = 20.0f + number(15.0f);
+        entity.damping = 0.5f + number(0.5f);
+        entity.hasLight = i % 10 == 0;
         entity.intensity = 18.0f + number(10.0f);
         entity.range = 10.0f + number(5.0f);
         visit(entity);
-        root = root.empty() ? entity.guid : root;
-        previous = entity.guid;
     }
 }
 
@@ -175,6 +192,12 @@ std::string LegacySceneText(std::size_t entityCount, Shape shape)
                                     e.rotation[2], e.scale, e.scale, e.scale},
                                    " ");
                       text += "\nmesh_renderer \"\" \"\" \"\" 1 1 1 1 0 0 0 1 250\n";
+                      if (e.hasBody)
+                      {
+                          text += "rigid_body 2 ";
+                          AppendFloats(text, {e.mass, e.damping, e.damping}, " ");
+                          text += " 1 0 0 0 0 0 0 1 1 1 1 0 0 0 0 0 0\n";
+                      }
                       if (e.hasLight)
                       {
                           text += "point_light ";
@@ -209,6 +232,19 @@ std::string JsonSceneText(std::size_t entityCount, Shape shape)
                     "\"visible\":true,\"occluder\":true,\"allowOcclusion\":true,\"enableLod\":false,"
                     "\"forceLodLevel\":false,\"forcedLodLevel\":0,\"lodDistanceScale\":1,\"maxDrawDistance\":"
                     "250}";
+            if (e.hasBody)
+            {
+                text += ",\"RigidBodyComponent\":{\"bodyType\":\"Kinematic\",";
+                AppendMember(text, "mass", {e.mass});
+                text += ",";
+                AppendMember(text, "linearDamping", {e.damping});
+                text += ",";
+                AppendMember(text, "angularDamping", {e.damping});
+                text += ",\"gravityScale\":1,\"enabled\":true,\"useGravity\":true,\"allowSleep\":true,"
+                        "\"inertiaTensor\":[1,1,1],\"lockPositionX\":false,\"lockPositionY\":false,"
+                        "\"lockPositionZ\":false,\"lockRotationX\":false,\"lockRotationY\":false,"
+                        "\"lockRotationZ\":false}";
+            }
             if (e.hasLight)
             {
                 text += ",\"PointLightComponent\":{";

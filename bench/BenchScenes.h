@@ -4,14 +4,15 @@
 #include <filesystem>
 #include <string>
 
-/// Scenes to measure: each entity has a transform and a mesh renderer, every fifth a point light. Those of a
-/// mixed scene have a positional record each, every kind in turn, and every ten thousandth a terrain of 256
-/// by 256 heights.
+/// Scenes to measure: each entity has a transform and a mesh renderer, every fifth a rigid body, every tenth
+/// a point light. Those of a mixed scene have a positional record each, every kind in turn, and every ten
+/// thousandth a terrain of 256 by 256 heights.
 namespace Vornu::Bench
 {
 
 enum class Shape
 {
+    Tree, // eight children each
     Flat, // all under one root
     Deep, // one chain
     Mixed,

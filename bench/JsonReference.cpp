@@ -3,16 +3,20 @@
 #include "engine/core/Guid.h"
 #include "engine/scene/components/CoreComponents.h"
 #include "engine/scene/components/LightingComponents.h"
+#include "engine/scene/components/PhysicsComponents.h"
 #include "engine/scene/components/RenderingComponents.h"
 
 #include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -30,6 +34,7 @@ struct JsonEntity
     Core::Guid parent;
     Scene::TransformComponent transform;
     Scene::MeshRendererComponent renderer;
+    std::optional<Scene::RigidBodyComponent> body;
     std::optional<Scene::PointLightComponent> light;
 };
 
@@ -109,6 +114,11 @@ private:
         Take(transform, "rotation", entity.transform.transform.rotation);
         Take(transform, "scale", entity.transform.transform.scale);
         ConvertRenderer(Member(source, "MeshRendererComponent"), entity.renderer);
+        const auto body = source.FindMember("RigidBodyComponent");
+        if (body != source.MemberEnd())
+        {
+            ConvertBody(body->value, entity.body.emplace());
+        }
         const auto light = source.FindMember("PointLightComponent");
         if (light != source.MemberEnd())
         {
@@ -135,6 +145,29 @@ private:
         Take(source, "forcedLodLevel", renderer.forcedLodLevel);
         Take(source, "lodDistanceScale", renderer.lodDistanceScale);
         Take(source, "maxDrawDistance", renderer.maxDrawDistance);
+    }
+
+    static void ConvertBody(const Value& source, Scene::RigidBodyComponent& body)
+    {
+        constexpr std::string_view kTypes[] = {"Static", "Dynamic", "Kinematic"};
+        const Value& type = Member(source, "bodyType");
+        const auto found = std::find(std::begin(kTypes), std::end(kTypes),
+                                     std::string_view(type.GetString(), type.GetStringLength()));
+        body.bodyType = static_cast<Scene::BodyType>(found - std::begin(kTypes));
+        Take(source, "mass", body.mass);
+        Take(source, "linearDamping", body.linearDamping);
+        Take(source, "angularDamping", body.angularDamping);
+        Take(source, "gravityScale", body.gravityScale);
+        Take(source, "enabled", body.enabled);
+        Take(source, "useGravity", body.useGravity);
+        Take(source, "allowSleep", body.allowSleep);
+        Take(source, "inertiaTensor", body.inertiaTensor);
+        Take(source, "lockPositionX", body.lockPositionX);
+        Take(source, "lockPositionY", body.lockPositionY);
+        Take(source, "lockPositionZ", body.lockPositionZ);
+        Take(source, "lockRotationX", body.lockRotationX);
+        Take(source, "lockRotationY", body.lockRotationY);
+        Take(source, "lockRotationZ", body.lockRotationZ);
     }
 
     static void ConvertLight(const Value& source, Scene::PointLightComponent& light)

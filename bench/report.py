@@ -1,204 +1,228 @@
 #!/usr/bin/env python3
-"""Runs the benchmarks of a build folder and prints their figures with the ratios that matter.
+"""Runs the benchmarks of a build folder and prints a table: what was measured as a ratio, the goal, the limit
+that must hold, and the figures behind it. README.md tells what each row compares.
 
-Usage: report.py <build folder> [stages] [instructions] [memory] [check] [tasks] [mount]
+Usage: report.py <build folder> [section...]
 """
 
 import json
 import os
 import re
-import shutil
 import statistics
 import subprocess
 import sys
 import tempfile
 import time
 
-LARGE_TO_SMALL_LIMIT = 12.0  # time of 100,000 entities over time of 10,000
-INSTRUCTION_LIMIT = 2.5  # load and save of a scene over the same work on JSON
-MEMORY_FACTOR = 6  # peak of a conversion over the size of the file that it writes
-MEMORY_BASE = 30 * 1024 * 1024
-CHECK_LIMIT = 3.0  # time of --check over time of grep
-SUBMIT_LIMIT = 1.0  # submitting empty tasks and waiting, over oneTBB
-LOOP_LIMIT = 1.2  # a parallel loop over small items, over oneTBB
-LOOP_LIMIT_GRAINS = (64, 1024)
-SPEED_UP_GOAL = 1.9  # heavy items on one thread over the same on two
-MOUNT_FILES = (20_000, 200_000)
-MOUNT_GROWTH_LIMIT = 12.0  # a mount of the larger content folder over one of the smaller
-MOUNT_WALK_LIMIT = 5.0  # a second mount over walking the same folder
-MOUNT_WALK_GOAL = 2.5
+NAME_WIDTH = 62
+NO_LIMIT = float("inf")
 
 
-def verdict(good):
-    return "ok" if good else "TOO MUCH"
+class Table:
+    """Prints rows as they are measured and remembers whether each limit held."""
 
+    def __init__(self):
+        self.missed_goals = []
+        self.broken_limits = []
 
-def stages(build):
-    """Time of each stage of a conversion, and how it grows with the number of entities. The best of 5 runs."""
-    output = subprocess.run(
-        [f"{build}/bench/scene_bench", "--benchmark_format=json", "--benchmark_min_time=0.1",
-         "--benchmark_repetitions=5"],
-        check=True, capture_output=True, text=True).stdout
-    rows = {}
-    for entry in json.loads(output)["benchmarks"]:
-        if entry.get("error_occurred"):
-            raise RuntimeError(f"{entry['name']}: {entry['error_message']}")
-        if entry["run_type"] != "iteration":
-            continue
-        stage, shape, count = entry["name"].split("/")[:3]
-        best = rows.setdefault((stage, shape), {}).setdefault(int(count), entry)
-        if entry["cpu_time"] < best["cpu_time"]:
-            rows[(stage, shape)][int(count)] = entry
-    print(f"{'stage':<18}{'entities':>10}{'ms':>12}{'entities/s':>14}{'MB/s':>10}")
-    good = True
-    for (stage, shape), entries in rows.items():
-        for count, entry in sorted(entries.items()):
-            print(f"{stage + ' ' + shape:<18}{count:>10}{entry['cpu_time']:>12.3f}"
-                  f"{entry['items_per_second']:>14.0f}{entry['bytes_per_second'] / 1e6:>10.1f}")
-        ratio = entries[100000]["cpu_time"] / entries[10000]["cpu_time"]
-        good = good and ratio <= LARGE_TO_SMALL_LIMIT
-        print(f"{'':<18}100,000 over 10,000: {ratio:.1f} ({verdict(ratio <= LARGE_TO_SMALL_LIMIT)})")
-    return good
+    def header(self):
+        print(f"{'':<{NAME_WIDTH}}{'measured':>10}{'goal':>8}{'limit':>8}")
 
+    def row(self, name, value, goal, limit, detail=""):
+        if value > limit:
+            self.broken_limits.append(name)
+            verdict = "TOO MUCH"
+        elif value > goal:
+            self.missed_goals.append(name)
+            verdict = "goal missed"
+        else:
+            verdict = "ok"
+        print(f"{name:<{NAME_WIDTH}}{value:>10.2f}{goal:>8.2f}{limit:>8.2f}  {verdict:<12}{detail}", flush=True)
 
-def count_instructions(build, kind, times):
-    with tempfile.TemporaryDirectory() as folder:
-        result = subprocess.run(
-            ["valgrind", "--tool=callgrind", f"--callgrind-out-file={folder}/out",
-             f"{build}/bench/roundtrip_bench", kind, "10000", str(times)],
-            check=True, capture_output=True, text=True)
-    return int(re.search(r"Collected : (\d+)", result.stderr).group(1))
-
-
-def instructions(build):
-    """Instructions of LoadScene and SaveScene of 10,000 entities, beside parsing, converting and writing JSON."""
-    cost = {kind: count_instructions(build, kind, 2) - count_instructions(build, kind, 1)
-            for kind in ("scene", "json")}
-    ratio = cost["scene"] / cost["json"]
-    print(f"load and save of 10,000 entities: {cost['scene'] / 1e6:.0f} million instructions")
-    print(f"the same as JSON (R):             {cost['json'] / 1e6:.0f} million instructions")
-    print(f"ratio: {ratio:.2f} R ({verdict(ratio <= INSTRUCTION_LIMIT)})")
-    return ratio <= INSTRUCTION_LIMIT
+    def close(self):
+        for title, names in (("Goals missed", self.missed_goals), ("Limits broken", self.broken_limits)):
+            print(f"{title}: {'; '.join(names) if names else 'none'}")
+        return not self.broken_limits
 
 
 def environment(folder):
     return {**os.environ, "VORNU_USER_SETTINGS_DIR": f"{folder}/user", "VORNU_LOG_LEVELS": "off"}
 
 
-def legacy_scene(count):
-    """A flat positional scene like the ones of the stage benchmarks."""
-    lines = ["scene_version 3"]
-    for i in range(count):
-        lines.append(f'entity "" "Prop_{i}"')
-        if i > 0:
-            lines.append('parent "Prop_0"')
-        lines.append(f"transform {i % 977}.125 0.5 {i % 331}.75 0 {i % 360} 0 1 1 1")
-        lines.append('mesh_renderer "" "" "" 1 1 1 1 0 0 0 1 250')
-        if i % 5 == 0:
-            lines.append("point_light 1 0.5 0.25 18 10 1 0 0.0015 0.01 1 0.78 1 512 0.05 0")
-        lines.append("end_entity")
-    return "\n".join(lines) + "\n"
+def output_of(command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
-def memory(build):
-    """Peak memory of converting a legacy file."""
-    good = True
-    for count in (1000, 10000, 100000):
-        with tempfile.TemporaryDirectory() as folder:
-            path = f"{folder}/scene.vscene"
-            with open(path, "w", encoding="utf-8") as file:
-                file.write(legacy_scene(count))
-            process = subprocess.Popen([f"{build}/bin/vornu-upgrade", path], env=environment(folder),
-                                       stdout=subprocess.DEVNULL)
-            _, status, usage = os.wait4(process.pid, 0)
-            if status != 0:
-                raise RuntimeError("the conversion failed")
-            size = os.path.getsize(path)
-        peak = usage.ru_maxrss * 1024
-        limit = MEMORY_FACTOR * size + MEMORY_BASE
-        good = good and peak < limit
-        print(f"{count:>7} entities: peak {peak / 1e6:.1f} MB for a file of {size / 1e6:.1f} MB, "
-              f"{peak / limit:.2f} of the limit ({verdict(peak < limit)})")
-    return good
+def run(command, folder):
+    """Wall seconds, processor seconds and peak bytes of a program. Its output goes to a file: some programs
+    do less when nobody can read it."""
+    with open(f"{folder}/output", "wb") as output:
+        start = time.perf_counter()
+        process = subprocess.Popen(command, env=environment(folder), stdout=output)
+        _, status, usage = os.wait4(process.pid, 0)
+        wall = time.perf_counter() - start
+    if status < 0 or os.waitstatus_to_exitcode(status) not in (0, 1):
+        raise RuntimeError(f"{command} failed")
+    return wall, usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024
 
 
-def check(build):
-    """--check over a folder of 10,000 small scene files, beside grep -rc over the same folder."""
-    if shutil.which("grep") is None:
-        raise RuntimeError("grep is missing")
-    with tempfile.TemporaryDirectory() as folder:
-        for i in range(10000):
-            sub = f"{folder}/levels/{i // 100}"
-            os.makedirs(sub, exist_ok=True)
-            version = 3 if i % 2 == 0 else 6
-            with open(f"{sub}/scene{i}.vscene", "w", encoding="utf-8") as file:
-                file.write(f"scene_version {version}\n" + "# a small scene\n" * 20)
-        commands = {
-            "vornu-upgrade --check": [f"{build}/bin/vornu-upgrade", "--check", f"{folder}/levels"],
-            "grep -rc scene_version": ["grep", "-rc", "scene_version", f"{folder}/levels"],
-        }
-        times = {name: [] for name in commands}
-        for repetition in range(12):  # the first two warm up
-            for name, command in commands.items():
-                start = time.perf_counter()
-                subprocess.run(command, env=environment(folder), stdout=subprocess.DEVNULL, check=False)
-                if repetition >= 2:
-                    times[name].append(time.perf_counter() - start)
-    medians = {name: statistics.median(values) for name, values in times.items()}
-    for name, value in medians.items():
-        print(f"{name:<24}{value * 1000:>9.1f} ms")
-    ratio = medians["vornu-upgrade --check"] / medians["grep -rc scene_version"]
-    print(f"ratio: {ratio:.2f} ({verdict(ratio <= CHECK_LIMIT)})")
-    return ratio <= CHECK_LIMIT
+def best_of(times, commands, folder):
+    """The lowest of each figure of run() by name, of commands that take turns."""
+    best = {}
+    for _ in range(times):
+        for name, command in commands.items():
+            figures = run(command, folder)
+            best[name] = tuple(map(min, best.get(name, figures), figures))
+    return best
 
 
-def repeated_times(program, repetitions):
-    """Nanoseconds of each repetition, by name. The repetitions of the rows take turns."""
-    output = subprocess.run(
-        [program, "--benchmark_format=json", "--benchmark_min_time=0.05",
-         f"--benchmark_repetitions={repetitions}", "--benchmark_enable_random_interleaving=true"],
-        check=True, capture_output=True, text=True).stdout
+def repeated_times(program, repetitions, take_turns=True):
+    """Nanoseconds of each repetition, by name."""
+    output = output_of([program, "--benchmark_format=json", "--benchmark_min_time=0.05",
+                        f"--benchmark_repetitions={repetitions}",
+                        f"--benchmark_enable_random_interleaving={str(take_turns).lower()}"])
     times = {}
     for entry in json.loads(output)["benchmarks"]:
+        if entry.get("error_occurred"):
+            raise RuntimeError(f"{entry['name']}: {entry['error_message']}")
         if entry["run_type"] == "iteration":
             scale = {"ns": 1, "us": 1e3, "ms": 1e6}[entry["time_unit"]]
-            name = entry["name"].removesuffix("/real_time")
+            name = re.sub("/(real|manual)_time$", "", entry["name"])
             times.setdefault(name, []).append(entry["real_time"] * scale)
     return times
 
 
-def tasks(build):
-    """The task system on two threads, beside oneTBB. The best of 25 repetitions, and the median of the submits:
-    their time depends on how much the second thread takes part, which is luck."""
-    repetitions = repeated_times(f"{build}/bench/task_bench", 25)
-    times = {name: statistics.median(values) if name.startswith("submit") else min(values)
-             for name, values in repetitions.items()}
-    good = True
-    print(f"{'':<30}{'us':>10}{'oneTBB us':>12}{'ratio':>8}")
+def best_times(program, repetitions, take_turns=True):
+    return {name: min(times) for name, times in repeated_times(program, repetitions, take_turns).items()}
 
-    def row(title, own, other, limit):
-        nonlocal good
-        ratio = own / other
-        mark = "" if limit is None else f" ({verdict(ratio <= limit)})"
-        good = good and (limit is None or ratio <= limit)
-        print(f"{title:<30}{own / 1e3:>10.2f}{other / 1e3:>12.2f}{ratio:>8.2f}{mark}")
 
-    for count in (1, 1000):
-        row(f"submit {count} and wait", times[f"submit/Vornu/{count}"], times[f"submit/oneTBB/{count}"],
-            SUBMIT_LIMIT)
-    for grain in (1, 64, 1024, 16384):
-        # Whichever of oneTBB's two ways of cutting ranges is faster.
-        other = min(times[f"small/oneTBB/{grain}"], times[f"small/oneTBB simple/{grain}"])
-        row(f"1,000,000 items, grain {grain}", times[f"small/Vornu/{grain}"], other,
-            LOOP_LIMIT if grain in LOOP_LIMIT_GRAINS else None)
-    for threads in (1, 2):
-        row(f"heavy items, threads: {threads}", times[f"heavy/Vornu/{threads}"],
-            times[f"heavy/oneTBB/{threads}"], None)
-    speed_up = times["heavy/Vornu/1"] / times["heavy/Vornu/2"]
-    good = good and speed_up >= SPEED_UP_GOAL
-    print(f"speed-up of heavy items on two threads: {speed_up:.2f} "
-          f"({'ok' if speed_up >= SPEED_UP_GOAL else 'TOO LITTLE'})")
-    return good
+def instructions_of_one_time(build, file):
+    counts = []
+    for times in (1, 2):
+        with tempfile.TemporaryDirectory() as folder:
+            result = subprocess.run(
+                ["valgrind", "--tool=callgrind", f"--callgrind-out-file={folder}/out",
+                 f"{build}/bench/roundtrip_bench", "run", file, str(times)],
+                check=True, capture_output=True, text=True)
+        counts.append(int(re.search(r"Collected : (\d+)", result.stderr).group(1)))
+    return counts[1] - counts[0]
+
+
+def instructions(build, table):
+    with tempfile.TemporaryDirectory() as folder:
+        output_of([f"{build}/bench/roundtrip_bench", "make", folder, "10000"])
+        own = instructions_of_one_time(build, f"{folder}/current.vscene")
+        reference = instructions_of_one_time(build, f"{folder}/scene.json")
+    table.row("load and save of 10,000 entities, instructions over R", own / reference, 1.0, 1.6,
+              f"{own / 1e6:.0f} over {reference / 1e6:.0f} million")
+
+
+def times(build, table):
+    """Processor time is that of whole programs; the reference has its start and its scratch folder too."""
+    with tempfile.TemporaryDirectory() as folder:
+        output_of([f"{build}/bench/roundtrip_bench", "make", folder, "100000"])
+        upgrade = f"{build}/bin/vornu-upgrade"
+        legacy, current, reference = (f"{folder}/{name}" for name in ("legacy.vscene", "current.vscene", "scene.json"))
+        round_trip = [f"{build}/bench/roundtrip_bench", "run"]
+        best = best_of(7, {
+            "scene": [*round_trip, current, "1"],
+            "json": [*round_trip, reference, "1"],
+            "upgrade": [upgrade, "--output", f"{folder}/out.vscene", legacy],
+            "verify": [upgrade, "--verify", current],
+        }, folder)
+        sizes = {name: os.path.getsize(f"{folder}/{name}.vscene") for name in ("current", "out")}
+    wall = {name: figures[0] for name, figures in best.items()}
+    cpu = {name: figures[1] for name, figures in best.items()}
+    peak = {name: figures[2] for name, figures in best.items()}
+
+    def ms(figures, name):
+        return f"{figures[name] * 1e3:.0f} over {figures['json'] * 1e3:.0f} ms"
+
+    table.row("load and save of 100,000 entities, wall time over R", wall["scene"] / wall["json"], 1.0, 1 / 0.6,
+              ms(wall, "scene"))
+    table.row("vornu-upgrade of a version 3 file, processor time over R", cpu["upgrade"] / cpu["json"], 1.5, 2.5,
+              ms(cpu, "upgrade"))
+    table.row("vornu-upgrade --verify, processor time over R", cpu["verify"] / cpu["json"], 2.2, 3.5,
+              ms(cpu, "verify"))
+    for title, name, file, goal in (("load and save, peak memory over the file", "scene", "current", 2.5),
+                                    ("vornu-upgrade, peak memory over its output", "upgrade", "out", 3)):
+        table.row(title, peak[name] / sizes[file], goal, 4, f"{peak[name] / 1e6:.0f} over {sizes[file] / 1e6:.0f} MB")
+
+
+def growth(build, table):
+    best = {}
+    for name, nanoseconds in best_times(f"{build}/bench/scene_bench", 5, take_turns=False).items():
+        stage, shape, count, _ = name.split("/")
+        best[stage, shape, int(count)] = nanoseconds
+    for stage in ("load", "save", "upgrade", "verify"):
+        for shape in ("tree", "flat", "deep", "mixed"):
+            small, large = (best[stage, shape, count] for count in (10_000, 100_000))
+            table.row(f"{stage} ({shape}), 100,000 over 10,000 entities", large / small, 11, 13,
+                      f"{large / 1e6:.0f} over {small / 1e6:.1f} ms")
+    for stage in ("load", "save", "upgrade", "verify"):
+        for shape, title in (("flat", "all under one parent"), ("deep", "all in one chain")):
+            value, tree = (best[stage, which, 100_000] for which in (shape, "tree"))
+            table.row(f"{stage} of 100,000, {title}, over a tree", value / tree, 1.3, 2,
+                      f"{value / 1e6:.0f} over {tree / 1e6:.0f} ms")
+
+
+def check(build, table):
+    upgrade = f"{build}/bin/vornu-upgrade"
+    with tempfile.TemporaryDirectory() as folder:
+        output_of([f"{build}/bench/roundtrip_bench", "make", folder, "100000"])
+        file = f"{folder}/current.vscene"
+        best = best_of(15, {"check": [upgrade, "--check", file], "grep": ["grep", "-c", "^entity ", file]}, folder)
+    table.row("--check of one large current file, over grep -c", best["check"][0] / best["grep"][0], 1, 2,
+              f"{best['check'][0] * 1e3:.1f} over {best['grep'][0] * 1e3:.1f} ms")
+    with tempfile.TemporaryDirectory() as folder:
+        for i in range(10_000):
+            os.makedirs(f"{folder}/levels/{i // 100}", exist_ok=True)
+            with open(f"{folder}/levels/{i // 100}/scene{i}.vscene", "w", encoding="utf-8") as file:
+                file.write("scene_version 3\n" + "entity \"\" \"Prop\"\ntransform 1 2 3\nend_entity\n" * 20)
+        best = best_of(15, {
+            "check": [upgrade, "--check", f"{folder}/levels"],
+            "peek": [f"{build}/bench/folder_bench", "peek", f"{folder}/levels", "10000"],
+        }, folder)
+    table.row("--check of 10,000 small legacy files, over reading their heads", best["check"][0] / best["peek"][0],
+              2, 4, f"{best['check'][0] * 1e3:.1f} over {best['peek'][0] * 1e3:.1f} ms")
+
+
+def start(build, table):
+    program = f"{build}/bench/start_bench"
+    with tempfile.TemporaryDirectory() as folder:
+        os.mkdir(f"{folder}/empty")
+        own, true = map(int, output_of(
+            [program, "program", f"{build}/bin/vornu-upgrade", "--check", f"{folder}/empty"]).split())
+    registration = statistics.median(int(output_of([program, "registration"])) for _ in range(51)) / 1e6
+    table.row("start on an empty folder, over /bin/true", own / true, 2, 5, f"{own / 1e3:.0f} over {true / 1e3:.0f} us")
+    table.row("registration of all components, ms", registration, 2, 5)
+
+
+def numbers(build, table):
+    best = best_times(f"{build}/bench/number_bench", 9)
+    for numbers, title in (("scene", "numbers of scenes"), ("any", "any bits")):
+        for step, other, goal in (("write", "std::to_chars", 0.5), ("read", "std::from_chars", 0.8)):
+            own, standard = (best[f"{step}/{who}/{numbers}"] for who in ("own", "standard"))
+            table.row(f"{step} floats ({title}), over {other}", own / standard, goal, 1,
+                      f"{own / 1e5:.1f} over {standard / 1e5:.1f} ns")
+    count = 100_000_000
+    differences = int(output_of([f"{build}/bench/number_bench", "compare", str(count)]))
+    table.row("differences among 100 million random floats", differences, 0, 0)
+
+
+def terrain(build, table):
+    best = best_times(f"{build}/bench/terrain_bench", 5)
+    for step, one, goal in (("load", "read", 4), ("save", "write", 3)):
+        table.row(f"{step} of a terrain, per height over a float's {one}", best[step] / best[one], goal, 8,
+                  f"{best[step] / 4e6:.1f} over {best[one] / 4e6:.1f} ns")
+
+
+def registry(build, table):
+    best = best_times(f"{build}/bench/registry_bench", 5)
+    for step, title in (("clear", "clear"), ("destroy", "destroying every tenth")):
+        small, large = best[f"{step}/100000"] / 1e5, best[f"{step}/1000000"] / 1e6
+        table.row(f"{title}, per entity, 1,000,000 over 100,000", large / small, 1.2, 1.5,
+                  f"{large:.2f} over {small:.2f} ns")
 
 
 def remove_sidecars(folder):
@@ -208,66 +232,69 @@ def remove_sidecars(folder):
                 os.remove(f"{sub}/{name}")
 
 
-def mount_times(build, folder):
-    """Nanoseconds of the best repetition, by (step, number of files)."""
-    times = {}
-
-    def run(what, count):
-        return subprocess.run([f"{build}/bench/mount_bench", what, f"{folder}/{count}", str(count)],
-                              env=environment(folder), check=True, capture_output=True, text=True).stdout
-
-    def measure(step, what, count):
-        times[(step, count)] = min(times.get((step, count), float("inf")), int(run(what, count)))
-
-    for count in MOUNT_FILES:
-        run("make", count)
-    for _ in range(2):
-        for count in MOUNT_FILES:
-            remove_sidecars(f"{folder}/{count}")
-            os.sync()  # what was written before isn't the mount's
-            measure("first", "mount", count)
-    for _ in range(5):
-        for count in MOUNT_FILES:
-            measure("second", "mount", count)
-            measure("walk", "walk", count)
-    return times
-
-
-def mount(build):
-    """An authoring mount that writes all sidecars (first) or reads them (second), beside walking the folder,
-    examining every file and reading every sidecar. The best of 2 first mounts and of 5 others."""
+def mount(build, table):
+    counts = (20_000, 50_000, 200_000)
+    best = {}
     with tempfile.TemporaryDirectory() as folder:
-        times = mount_times(build, folder)
-    small, large = MOUNT_FILES
-    good = True
-    print(f"{'':<14}" + "".join(f"{f'{count:,} files':>18}{'us/file':>9}" for count in MOUNT_FILES)
-          + f"{'growth':>9}")
-    for step, title in (("first", "first mount"), ("second", "second mount"), ("walk", "walk")):
-        growth = times[(step, large)] / times[(step, small)]
-        good = good and (step == "walk" or growth <= MOUNT_GROWTH_LIMIT)
-        columns = [f"{times[(step, count)] / 1e6:>15.0f} ms{times[(step, count)] / 1e3 / count:>9.2f}"
-                   for count in MOUNT_FILES]
-        mark = "" if step == "walk" else f" ({verdict(growth <= MOUNT_GROWTH_LIMIT)})"
-        print(f"{title:<14}{''.join(columns)}{growth:>9.1f}{mark}")
-    for count in MOUNT_FILES:
-        ratio = times[("second", count)] / times[("walk", count)]
-        good = good and ratio <= MOUNT_WALK_LIMIT
-        goal = "goal met" if ratio <= MOUNT_WALK_GOAL else "goal missed"
-        print(f"second mount of {count:,} files over the walk: {ratio:.2f} "
-              f"({verdict(ratio <= MOUNT_WALK_LIMIT)}, {goal})")
-    return good
+
+        def measure(step, what, count):
+            taken = int(output_of([f"{build}/bench/folder_bench", what, f"{folder}/{count}", str(count)]))
+            best[step, count] = min(best.get((step, count), taken), taken)
+
+        for count in counts:
+            output_of([f"{build}/bench/folder_bench", "make", f"{folder}/{count}", str(count)])
+        for _ in range(2):
+            for count in counts:
+                remove_sidecars(f"{folder}/{count}")
+                os.sync()  # what was written before isn't the mount's
+                measure("first", "mount", count)
+        for _ in range(5):
+            for count in counts:
+                measure("second", "mount", count)
+                measure("walk", "walk", count)
+    for count in counts:
+        second, walk = best["second", count], best["walk", count]
+        table.row(f"second mount of {count:,} assets, over walking and reading", second / walk, 2.5, 5,
+                  f"{second / 1e6:.0f} over {walk / 1e6:.0f} ms")
+    for step in ("first", "second"):
+        small, large = best[step, counts[0]], best[step, counts[-1]]
+        table.row(f"{step} mount, 200,000 over 20,000 assets", large / small, 11, 12,
+                  f"{large / 1e6:.0f} over {small / 1e6:.0f} ms")
+
+
+def tasks(build, table):
+    """The best of 25 repetitions, and the median of the submits: their time depends on how much the second
+    thread takes part, which is luck."""
+    repetitions = repeated_times(f"{build}/bench/task_bench", 25)
+    best = {name: statistics.median(values) if name.startswith("submit") else min(values)
+            for name, values in repetitions.items()}
+
+    def row(title, own, other, goal, limit):
+        table.row(title, own / other, goal, limit, f"{own / 1e3:.2f} over {other / 1e3:.2f} us")
+
+    for count in (1, 1000):
+        row(f"submit {count} and wait, over oneTBB", best[f"submit/Vornu/{count}"], best[f"submit/oneTBB/{count}"],
+            1, NO_LIMIT)
+    for grain in (1, 64, 1024, 16384):
+        # Whichever of oneTBB's two ways of cutting ranges is faster.
+        other = min(best[f"small/oneTBB/{grain}"], best[f"small/oneTBB simple/{grain}"])
+        row(f"1,000,000 items, grain {grain}, over oneTBB", best[f"small/Vornu/{grain}"], other,
+            1.2 if grain in (64, 1024) else NO_LIMIT, NO_LIMIT)
+    row("heavy items, two threads over one", best["heavy/Vornu/2"], best["heavy/Vornu/1"], 1 / 1.9, NO_LIMIT)
 
 
 def main():
     build = sys.argv[1]
-    known = {"stages": stages, "instructions": instructions, "memory": memory, "check": check,
-             "tasks": tasks, "mount": mount}
-    good = True
-    for name in sys.argv[2:] or known:
-        print(f"== {name}: {known[name].__doc__}", flush=True)
-        good = known[name](build) and good
-        print(flush=True)
-    return 0 if good else 1
+    sections = {function.__name__: function for function in
+                (instructions, times, growth, check, start, numbers, terrain, registry, mount, tasks)}
+    unknown = [name for name in sys.argv[2:] if name not in sections]
+    if unknown:
+        sys.exit(f"Unknown section: {unknown[0]}. Known: {', '.join(sections)}")
+    table = Table()
+    table.header()
+    for name in sys.argv[2:] or sections:
+        sections[name](build, table)
+    return 0 if table.close() else 1
 
 
 if __name__ == "__main__":
