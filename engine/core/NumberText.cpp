@@ -3,7 +3,6 @@
 #include <array>
 #include <bit>
 #include <cfloat>
-#include <cmath>
 #include <cstring>
 
 namespace Vornu::Core
@@ -17,7 +16,7 @@ __extension__ using Wide = unsigned __int128;
 // `mantissa * 2^exponent` with 64 bits of mantissa, rounded down; from 10^0 to 10^27 they are exact. With 24
 // bits of m, the product's error stays far below the fraction bits, so that rounding is certain but for a
 // hair's breadth around one half, where the library's own routine decides.
-constexpr int kMinPower = -31;
+constexpr int kMinPower = -54;
 constexpr int kMaxPower = 54;
 constexpr int kMaxExactPower = 27;
 constexpr int kDigits = 9;
@@ -193,53 +192,145 @@ constexpr std::array<double, 23> kExactPowers = {1e0,  1e1,  1e2,  1e3,  1e4,  1
                                                  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                                  1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-/// The common texts "[-]digits[.digits]" of up to 15 digits. They are exact in a double but for one rounding;
-/// a second rounding to float is safe unless the double stands beside the middle of two floats.
-std::optional<float> ParsePlainFloat(std::string_view text)
+/// `digits * 10^exponent`, without its sign.
+struct Decimal
 {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    const bool negative = at != end && *at == '-';
-    if (negative)
-    {
-        ++at;
-    }
     std::uint64_t digits = 0;
-    const char* const first = at;
-    const char* point = nullptr;
-    for (; at != end; ++at)
-    {
-        const auto digit = static_cast<unsigned char>(*at - '0');
-        if (digit <= 9)
-        {
-            digits = digits * 10 + digit;
-        }
-        else if (*at == '.' && point == nullptr)
-        {
-            point = at;
-        }
-        else
-        {
-            return std::nullopt;
-        }
-    }
-    const std::ptrdiff_t count = end - first - (point != nullptr ? 1 : 0);
-    if (count < 1 || count > 15)
+    int exponent = 0;
+};
+
+/// Reads "e[sign]digits" of one or two digits.
+std::optional<int> ScanExponent(const char* at, const char* end)
+{
+    if ((*at != 'e' && *at != 'E') || ++at == end)
     {
         return std::nullopt;
     }
-    double value = static_cast<double>(digits);
-    if (point != nullptr)
+    const bool negative = *at == '-';
+    at += negative || *at == '+' ? 1 : 0;
+    if (at == end || end - at > 2)
     {
-        value /= kExactPowers[static_cast<std::size_t>(end - point - 1)];
+        return std::nullopt;
+    }
+    int value = 0;
+    for (; at != end; ++at)
+    {
+        if (*at < '0' || *at > '9')
+        {
+            return std::nullopt;
+        }
+        value = value * 10 + (*at - '0');
+    }
+    return negative ? -value : value;
+}
+
+/// Takes decimal digits into `digits` and gives the end of them.
+const char* ScanDigits(const char* at, const char* end, std::uint64_t& digits)
+{
+    for (; at != end; ++at)
+    {
+        const auto digit = static_cast<unsigned char>(*at - '0');
+        if (digit > 9)
+        {
+            break;
+        }
+        digits = digits * 10 + digit;
+    }
+    return at;
+}
+
+/// Reads "digits[.digits][e[sign]digits]" with up to 19 digits. False for any other text.
+bool ScanDecimal(const char* const begin, const char* const end, Decimal& decimal)
+{
+    const char* at = ScanDigits(begin, end, decimal.digits);
+    std::ptrdiff_t count = at - begin;
+    if (at != end && *at == '.')
+    {
+        const char* const fraction = at + 1;
+        at = ScanDigits(fraction, end, decimal.digits);
+        decimal.exponent = static_cast<int>(fraction - at);
+        count += at - fraction;
+    }
+    if (count < 1 || count > 19)
+    {
+        return false;
+    }
+    if (at != end)
+    {
+        const std::optional<int> exponent = ScanExponent(at, end);
+        decimal.exponent += exponent.value_or(0);
+        return exponent.has_value();
+    }
+    return true;
+}
+
+/// Up to 15 digits and small powers are exact in a double but for one rounding; a second rounding to float is
+/// safe unless the double stands beside the middle of two floats.
+std::optional<float> RoundThroughDouble(const Decimal& decimal)
+{
+    constexpr std::uint64_t kExactLimit = 1'000'000'000'000'000;
+    constexpr int kLargestPower = static_cast<int>(kExactPowers.size()) - 1;
+    if (decimal.digits >= kExactLimit || decimal.exponent > 0 || decimal.exponent < -kLargestPower)
+    {
+        return std::nullopt;
+    }
+    double value = static_cast<double>(decimal.digits);
+    if (decimal.exponent < 0)
+    {
+        value /= kExactPowers[static_cast<std::size_t>(-decimal.exponent)];
         const std::uint64_t tail = std::bit_cast<std::uint64_t>(value) & 0x1FFFFFFF;
-        if (tail - 0x0FFFFFFF <= 2 || (value < FLT_MIN && digits != 0))
+        if (tail - 0x0FFFFFFF <= 2 || (value < FLT_MIN && decimal.digits != 0))
         {
             return std::nullopt;
         }
     }
-    const auto result = static_cast<float>(value);
-    return negative ? -result : result;
+    return static_cast<float>(value);
+}
+
+/// By the powers above: the product's true value is less than one unit of its upper word larger, so that the
+/// rounding to 24 bits is certain unless the bits behind them stand right below or at one half.
+std::optional<float> RoundByPowers(const Decimal& decimal)
+{
+    if (decimal.digits == 0 || decimal.exponent < kMinPower || decimal.exponent > kMaxPower)
+    {
+        return std::nullopt;
+    }
+    const PowerOfTen& power = kPowers[static_cast<std::size_t>(decimal.exponent - kMinPower)];
+    const int shift = std::countl_zero(decimal.digits);
+    const Wide product = static_cast<Wide>(decimal.digits << shift) * power.mantissa;
+    const auto upper = static_cast<std::uint64_t>(product >> 64);
+    const int tailBits = 40 - std::countl_zero(upper);
+    const std::uint64_t half = std::uint64_t{1} << (tailBits - 1);
+    const std::uint64_t tail = upper & (2 * half - 1);
+    if (tail == half || tail == half - 1)
+    {
+        return std::nullopt;
+    }
+    const auto mantissa = static_cast<std::uint32_t>(upper >> tailBits) + (tail > half ? 1 : 0);
+    // The value is mantissa * 2^exponent, a normal float between these limits.
+    const int exponent = power.exponent - shift + 64 + tailBits;
+    if (exponent < -149 || exponent > 103)
+    {
+        return std::nullopt;
+    }
+    // The mantissa's highest bit, or the carry of its rounding, adds to the exponent's field.
+    return std::bit_cast<float>((static_cast<std::uint32_t>(exponent + 149) << 23) + mantissa);
+}
+
+std::optional<float> ParseCommonFloat(std::string_view text)
+{
+    const bool negative = text.starts_with('-');
+    Decimal decimal;
+    if (!ScanDecimal(text.data() + (negative ? 1 : 0), text.data() + text.size(), decimal))
+    {
+        return std::nullopt;
+    }
+    std::optional<float> value = RoundThroughDouble(decimal);
+    if (!value)
+    {
+        value = RoundByPowers(decimal);
+    }
+    return value && negative ? -*value : value;
 }
 
 } // namespace
@@ -304,8 +395,8 @@ char* WriteDoubleText(char* out, double value)
 
 std::optional<float> ParseFloatText(std::string_view text)
 {
-    const std::optional<float> plain = ParsePlainFloat(text);
-    return plain ? plain : ParseWhole<float>(text);
+    const std::optional<float> common = ParseCommonFloat(text);
+    return common ? common : ParseWhole<float>(text);
 }
 
 std::optional<double> ParseDoubleText(std::string_view text)
