@@ -2,6 +2,7 @@
 
 #include "engine/core/Hash.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <mutex>
@@ -80,23 +81,29 @@ Guid Guid::Generate()
 
 std::optional<Guid> Guid::TryParse(std::string_view text)
 {
+    constexpr int kWordDigits = 16;
+    const char* at = text.data();
+    const char* const end = at + text.size();
     std::array<std::uint64_t, 2> words{};
-    std::size_t count = 0;
-    for (const char c : text)
+    for (std::uint64_t& word : words)
     {
-        if (c == '-')
+        std::uint64_t digits = 0;
+        for (int count = 0; count < kWordDigits; ++at)
         {
-            continue;
+            const int value = at != end ? DigitValue(*at) : -1;
+            if (value >= 0)
+            {
+                digits = (digits << 4) | static_cast<std::uint64_t>(value);
+                ++count;
+            }
+            else if (at == end || *at != '-')
+            {
+                return std::nullopt;
+            }
         }
-        const int value = DigitValue(c);
-        if (value < 0 || count == 32)
-        {
-            return std::nullopt;
-        }
-        words[count / 16] = (words[count / 16] << 4) | static_cast<std::uint64_t>(value);
-        ++count;
+        word = digits;
     }
-    if (count != 32)
+    if (std::any_of(at, end, [](char c) { return c != '-'; }))
     {
         return std::nullopt;
     }

@@ -247,7 +247,7 @@ TokenReader& TokenReader::Read(std::string& text)
         const char* const plain = at_;
         while (at_ != end_ && *at_ != '"' && *at_ != '\\')
         {
-            at_ = SkipPlainBytes(plain, at_ + 1, end_);
+            at_ = SkipPlainBytes(begin_, at_ + 1, end_);
         }
         text.append(plain, at_);
         if (at_ == end_ || *at_ == '"' || ++at_ == end_)

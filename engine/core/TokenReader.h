@@ -11,7 +11,8 @@ namespace Vornu::Core
 /// White space of the classic locale.
 constexpr bool IsSpace(char c) noexcept
 {
-    return c == ' ' || (c >= '\t' && c <= '\r');
+    // Most characters stand behind the blank.
+    return static_cast<unsigned char>(c) <= ' ' && (c == ' ' || (c >= '\t' && c <= '\r'));
 }
 
 /// Reads the tokens of one line by the rules of formatted extraction from a `std::istream` in the classic
@@ -22,7 +23,8 @@ constexpr bool IsSpace(char c) noexcept
 class TokenReader
 {
 public:
-    explicit TokenReader(std::string_view line) noexcept : at_(line.data()), end_(line.data() + line.size())
+    explicit TokenReader(std::string_view line) noexcept
+        : begin_(line.data()), at_(begin_), end_(begin_ + line.size())
     {
     }
 
@@ -66,6 +68,7 @@ private:
     template<class Float>
     void ExtractFloat(Float& value);
 
+    const char* begin_;
     const char* at_;
     const char* end_;
     bool eof_ = false;

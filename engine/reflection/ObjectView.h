@@ -39,6 +39,8 @@ struct ValueAccessors
     std::size_t fixedSize = 0;
     void (*constElement)(const void* data, std::size_t index, ElementCallback callback) = nullptr;
     void (*mutableElement)(void* data, std::size_t index, ElementCallback callback) = nullptr;
+    /// The elements of a collection of floats, where they lie side by side.
+    const float* (*floats)(const void* data) = nullptr;
     EnumValue (*enumRead)(const void* data) = nullptr;
     bool (*enumWrite)(void* data, const EnumEntry& entry) = nullptr;
     const Core::Guid* (*linkRead)(const void* data) = nullptr;

@@ -79,14 +79,17 @@ constexpr bool HasFlag(PropertyFlags flags, PropertyFlags flag) noexcept
     return (static_cast<std::uint32_t>(flags) & static_cast<std::uint32_t>(flag)) != 0;
 }
 
+struct AssetTypeInfo;
+
 /// Metadata of one property.
 struct PropertyAttributes
 {
     std::string displayName; // the property's name when left empty
     std::string tooltip;
     std::string group;
-    std::string enumName;  // set exactly when the leaf kind is Enum
-    std::string assetType; // set exactly when the leaf kind is AssetRef
+    std::string enumName;                          // set exactly when the leaf kind is Enum
+    std::string assetType;                         // set exactly when the leaf kind is AssetRef
+    const AssetTypeInfo* knownAssetType = nullptr; // of that name, when it was there first
     float rangeMin = 0.0f; // authoring range, for tools; stored values may lie outside
     float rangeMax = 0.0f;
     bool hasRange = false;
@@ -198,6 +201,7 @@ struct DefaultAccessors
 struct PropertyInfo
 {
     std::string name;
+    std::string lineHead; // what its line in a record begins with, up to the value
     ValueSchema schema;
     std::size_t valueSize = 0;
     PropertyAttributes attributes;

@@ -1,5 +1,7 @@
 #include "engine/reflection/ReflectionRegistry.h"
 
+#include "engine/reflection/SchemaText.h"
+
 #include <algorithm>
 #include <stdexcept>
 #include <unordered_set>
@@ -188,6 +190,8 @@ TypeInfo& ReflectionRegistry::AppendProperty(TypeInfo& type, PropertyInfo proper
     {
         property.attributes.displayName = property.name;
     }
+    property.attributes.knownAssetType = FindAssetType(property.attributes.assetType);
+    property.lineHead = FieldLineHead(property.name, property.schema.shape);
     type.properties.push_back(std::move(property));
     return type;
 }

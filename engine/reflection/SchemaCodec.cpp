@@ -51,15 +51,20 @@ bool IsRuntime(const PropertyInfo& property)
     return HasFlag(property.attributes.flags, PropertyFlags::Runtime);
 }
 
+[[noreturn]] void ThrowPropertyFault(const char* fault, const PropertyInfo& property)
+{
+    throw std::runtime_error(fault + property.name);
+}
+
 void CheckProperty(const PropertyInfo& property)
 {
     if (property.schema.type != property.valueType)
     {
-        throw std::runtime_error("Property schema disagrees with its storage: " + property.name);
+        ThrowPropertyFault("Property schema disagrees with its storage: ", property);
     }
     if (HasFlag(property.attributes.flags, PropertyFlags::ReadOnly))
     {
-        throw std::runtime_error("Schema record requires a writable property: " + property.name);
+        ThrowPropertyFault("Schema record requires a writable property: ", property);
     }
 }
 
@@ -73,11 +78,18 @@ const EnumSchema& RequireEnum(const std::string& name, TypeId type, const Reflec
     return *schema;
 }
 
+/// Properties that were added behind their asset type know it.
+const AssetTypeInfo* FindAssetType(const PropertyAttributes& attributes, const ReflectionRegistry& registry)
+{
+    return attributes.knownAssetType != nullptr ? attributes.knownAssetType
+                                                : registry.FindAssetType(attributes.assetType);
+}
+
 const AssetTypeInfo& RequireAssetType(const ObjectView& view, const void* data,
                                       const PropertyAttributes& attributes,
                                       const ReflectionRegistry& registry)
 {
-    const AssetTypeInfo* const type = registry.FindAssetType(attributes.assetType);
+    const AssetTypeInfo* const type = FindAssetType(attributes, registry);
     if (type == nullptr || view.type != TypeIdOf<std::uint64_t>() || data == nullptr)
     {
         throw std::runtime_error(kAssetStorageFault);
@@ -106,7 +118,7 @@ void CheckCollectionLeaf(const ValueSchema& schema, const PropertyAttributes& at
     {
         RequireEnum(attributes.enumName, leaf.type, registry);
     }
-    if (leaf.kind == PropertyKind::AssetRef && registry.FindAssetType(attributes.assetType) == nullptr)
+    if (leaf.kind == PropertyKind::AssetRef && FindAssetType(attributes, registry) == nullptr)
     {
         throw std::runtime_error("Collection asset constraint is not registered.");
     }
@@ -168,13 +180,22 @@ SchemaValue EncodeCollection(const ObjectView& view, const ValueSchema& schema,
         throw std::runtime_error("Invalid or oversized collection.");
     }
     state.budget.Charge(size, depth);
+    if (size > 0 && accessors.constElement == nullptr)
+    {
+        throw std::runtime_error("Collection element accessor failed.");
+    }
     const SchemaArray array(state.arena, static_cast<std::uint32_t>(size));
+    if (accessors.floats != nullptr)
+    {
+        const float* const floats = accessors.floats(view.constData);
+        for (std::size_t i = 0; i < size; ++i)
+        {
+            array[i] = FormatFloat(floats[i], state.arena);
+        }
+        return array;
+    }
     for (std::size_t i = 0; i < size; ++i)
     {
-        if (accessors.constElement == nullptr)
-        {
-            throw std::runtime_error("Collection element accessor failed.");
-        }
         accessors.constElement(
             view.constData, i,
             [&](const ObjectView& element)
@@ -385,20 +406,27 @@ private:
                !IsRuntime(property);
     }
 
+    /// The reader of records gives fields the very names of their properties where it can.
+    static bool IsName(const std::string& propertyName, std::string_view name)
+    {
+        return propertyName.size() == name.size() &&
+               (propertyName.data() == name.data() || propertyName == name);
+    }
+
     /// Fields mostly come in the order of registration, so the search starts behind the last one found.
     std::size_t FindProperty(std::string_view name, std::size_t start) const
     {
         const std::size_t count = type_.properties.size();
         for (std::size_t i = start; i < count; ++i)
         {
-            if (type_.properties[i].name == name)
+            if (IsName(type_.properties[i].name, name))
             {
                 return i;
             }
         }
         for (std::size_t i = 0; i < start; ++i)
         {
-            if (type_.properties[i].name == name)
+            if (IsName(type_.properties[i].name, name))
             {
                 return i;
             }
@@ -430,6 +458,15 @@ void Apply(const SchemaRecord& record, const ObjectView& object, CodecState& sta
     applier.CheckUnnamed();
 }
 
+std::string_view RequireText(const SchemaValue& value)
+{
+    if (!value.IsText())
+    {
+        throw std::runtime_error("Expected a scalar property.");
+    }
+    return value.Text();
+}
+
 void DecodeCollection(const SchemaValue& value, const ObjectView& view, const ValueSchema& schema,
                       const PropertyAttributes& attributes, CodecState& state, std::uint32_t depth)
 {
@@ -445,12 +482,21 @@ void DecodeCollection(const SchemaValue& value, const ObjectView& view, const Va
     {
         throw std::runtime_error("Collection extent or mutable storage mismatch.");
     }
+    if (array.Size() > 0 && accessors.mutableElement == nullptr)
+    {
+        throw std::runtime_error("Mutable collection element accessor failed.");
+    }
+    if (accessors.floats != nullptr)
+    {
+        auto* const floats = const_cast<float*>(accessors.floats(view.mutableData));
+        for (std::size_t i = 0; i < array.Size(); ++i)
+        {
+            floats[i] = ParseFloat(RequireText(array[i]));
+        }
+        return;
+    }
     for (std::size_t i = 0; i < array.Size(); ++i)
     {
-        if (accessors.mutableElement == nullptr)
-        {
-            throw std::runtime_error("Mutable collection element accessor failed.");
-        }
         accessors.mutableElement(
             view.mutableData, i,
             [&](const ObjectView& element)
@@ -582,11 +628,7 @@ void DecodeTypedValue(const SchemaValue& value, const ObjectView& view, const Va
     case ValueShape::Scalar:
         break;
     }
-    if (!value.IsText())
-    {
-        throw std::runtime_error("Expected a scalar property.");
-    }
-    DecodeScalar(value.Text(), view, schema, attributes, state);
+    DecodeScalar(RequireText(value), view, schema, attributes, state);
 }
 
 SchemaRecord CaptureObject(const ObjectView& object, const ReflectionRegistry& registry,

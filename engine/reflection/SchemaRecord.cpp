@@ -90,18 +90,13 @@ const SchemaField* SchemaRecord::FindField(std::string_view fieldName) const noe
     return nullptr;
 }
 
-void SchemaRecord::Append(std::string_view fieldName, const SchemaValue& value)
+void SchemaRecord::Grow()
 {
-    if (size_ == capacity_)
-    {
-        const std::uint32_t capacity = std::max(4u, 2 * capacity_);
-        SchemaField* const larger = arena_->Allocate<SchemaField>(capacity);
-        std::uninitialized_copy_n(fields_, size_, larger);
-        fields_ = larger;
-        capacity_ = capacity;
-    }
-    new (fields_ + size_) SchemaField{fieldName, value};
-    ++size_;
+    const std::uint32_t capacity = std::max(4u, 2 * capacity_);
+    SchemaField* const larger = arena_->Allocate<SchemaField>(capacity);
+    std::uninitialized_copy_n(fields_, size_, larger);
+    fields_ = larger;
+    capacity_ = capacity;
 }
 
 void SchemaRecord::RemoveFields(std::initializer_list<std::string_view> fieldNames) noexcept

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <new>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -171,7 +173,15 @@ public:
     const SchemaField* FindField(std::string_view fieldName) const noexcept;
 
     /// Appends without a test for the name; neither the name nor the value is copied.
-    void Append(std::string_view fieldName, const SchemaValue& value);
+    void Append(std::string_view fieldName, const SchemaValue& value)
+    {
+        if (size_ == capacity_)
+        {
+            Grow();
+        }
+        new (fields_ + size_) SchemaField{fieldName, value};
+        ++size_;
+    }
 
     /// The operations of migrations. Names and texts are copied into the arena.
     void RemoveFields(std::initializer_list<std::string_view> fieldNames) noexcept;
@@ -199,6 +209,8 @@ public:
     SchemaArena* Arena() const noexcept { return arena_; }
 
 private:
+    void Grow();
+
     SchemaField* fields_ = nullptr;
     SchemaArena* arena_ = nullptr;
     std::uint32_t size_ = 0;
@@ -215,17 +227,27 @@ public:
     /// False when no name given before can equal this one.
     bool MayRepeat(std::string_view name) noexcept
     {
-        const auto hash = static_cast<unsigned>(name.size()) * 7u +
-                          static_cast<unsigned char>(name.front()) * 3u +
-                          static_cast<unsigned char>(name.back());
+        const unsigned hash =
+            static_cast<unsigned>(name.size()) * 7u + static_cast<unsigned char>(name.front()) * 3u +
+            static_cast<unsigned char>(name[name.size() / 2]) * 5u + static_cast<unsigned char>(name.back());
+        std::uint64_t& word = seen_[hash / 64u % seen_.size()];
         const std::uint64_t bit = std::uint64_t{1} << (hash % 64u);
-        const bool seen = (seen_ & bit) != 0;
-        seen_ |= bit;
+        const bool seen = (word & bit) != 0;
+        word |= bit;
         return seen;
     }
 
+    /// Takes the names of all fields of a record.
+    void Insert(const SchemaRecord& record) noexcept
+    {
+        for (const SchemaField& field : record.Fields())
+        {
+            MayRepeat(field.name);
+        }
+    }
+
 private:
-    std::uint64_t seen_ = 0;
+    std::array<std::uint64_t, 4> seen_{};
 };
 
 } // namespace Vornu::Reflection

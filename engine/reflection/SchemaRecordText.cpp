@@ -1,8 +1,13 @@
 #include "engine/reflection/SchemaRecordText.h"
 
 #include "engine/core/NumberText.h"
+#include "engine/reflection/ReflectionRegistry.h"
 #include "engine/reflection/SchemaText.h"
 
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <span>
 #include <stdexcept>
 #include <string>
 
@@ -14,6 +19,55 @@ namespace
 constexpr char kHeaderFault[] = "Invalid component schema header.";
 constexpr char kFieldNameFault[] = "Empty or duplicate schema field.";
 constexpr char kArrayFault[] = "Array exceeds its element limit.";
+
+SchemaValue::Type TypeOfWord(std::string_view word, const std::array<std::string_view, 3>& words,
+                             const char* fault)
+{
+    const auto found = std::find(words.begin(), words.end(), word);
+    if (found == words.end())
+    {
+        throw std::runtime_error(fault);
+    }
+    return static_cast<SchemaValue::Type>(found - words.begin());
+}
+
+/// Guesses the fields of a record: those of a registered type mostly stand in their order, written as the
+/// writer does.
+class FieldGuess
+{
+public:
+    explicit FieldGuess(const TypeInfo* type) noexcept
+    {
+        if (type != nullptr)
+        {
+            left_ = type->properties;
+        }
+    }
+
+    /// False once a guess was wrong; none is made from then on.
+    bool IsRight() const noexcept { return isRight_; }
+
+    /// Takes the keyword and the name from the line when they are the ones that come next.
+    const PropertyInfo* Take(SchemaLine& line) noexcept
+    {
+        while (!left_.empty() && HasFlag(left_.front().attributes.flags, PropertyFlags::Runtime))
+        {
+            left_ = left_.subspan(1);
+        }
+        isRight_ = isRight_ && !left_.empty() && line.TakeStart(left_.front().lineHead);
+        if (!isRight_)
+        {
+            return nullptr;
+        }
+        const PropertyInfo& property = left_.front();
+        left_ = left_.subspan(1);
+        return &property;
+    }
+
+private:
+    std::span<const PropertyInfo> left_;
+    bool isRight_ = true;
+};
 
 class RecordReader
 {
@@ -49,7 +103,7 @@ private:
         {
             throw std::runtime_error(kTruncatedRecord);
         }
-        ChargeRecordLine(headerRest, budget_);
+        ChargeLine(headerRest);
         line_ = headerRest;
         if (headerRest.size() + kRecordWord.size() > kMaxLineSize)
         {
@@ -68,9 +122,22 @@ private:
             throw std::runtime_error(kTruncatedRecord);
         }
         ++lineNumber_;
-        ChargeRecordLine(line, budget_);
+        ChargeLine(line);
         line_ = line;
         return SchemaLine(line_);
+    }
+
+    void ChargeLine(std::string_view line)
+    {
+        if (line.size() > kMaxLineSize)
+        {
+            throw std::runtime_error(kTruncatedRecord);
+        }
+        if (line.size() + 1 > kMaxRecordSize - budget_.bytes)
+        {
+            throw std::runtime_error("Schema record exceeds its byte budget.");
+        }
+        budget_.bytes += line.size() + 1;
     }
 
     std::string_view ReadText(SchemaLine& line)
@@ -99,48 +166,77 @@ private:
         header.RequireEnd();
 
         SchemaRecord record(arena_, name, version, count);
+        FieldGuess guess(ReflectionRegistry::Instance().FindType(name));
         FieldNameFilter names;
         for (std::uint32_t i = 0; i < count; ++i)
         {
-            ReadField(record, names, depth);
+            SchemaLine line = NextLine();
+            const bool wasRight = guess.IsRight();
+            if (const PropertyInfo* const property = guess.Take(line))
+            {
+                record.Append(property->name, ReadValue(StoredType(property->schema.shape), line, depth));
+                continue;
+            }
+            if (wasRight)
+            {
+                names.Insert(record);
+            }
+            ReadField(record, names, line, depth);
         }
-        SchemaLine end = NextLine();
-        if (end.ReadWord() != "end_component_schema")
-        {
-            throw std::runtime_error("Missing component schema terminator.");
-        }
-        end.RequireEnd();
+        ReadTerminator("end_component_schema", "Missing component schema terminator.");
         return record;
     }
 
-    void ReadField(SchemaRecord& record, FieldNameFilter& names, std::uint32_t depth)
+    void ReadTerminator(std::string_view word, const char* fault)
     {
         SchemaLine line = NextLine();
-        const bool isLeafLine = line.TakeFirstWord("property ");
-        const std::string_view word = isLeafLine ? "property" : line.ReadWord();
-        const bool isLeaf = isLeafLine || word == "property";
-        const bool isObject = !isLeaf && word == "object_property";
-        if (!isLeaf && !isObject && word != "array_property")
+        if (line_ == word)
         {
-            throw std::runtime_error("Expected named schema property.");
+            return;
         }
+        if (line.ReadWord() != word)
+        {
+            throw std::runtime_error(fault);
+        }
+        line.RequireEnd();
+    }
+
+    void ReadField(SchemaRecord& record, FieldNameFilter& names, SchemaLine& line, std::uint32_t depth)
+    {
+        const SchemaValue::Type type =
+            TypeOfWord(line.ReadWord(), kFieldWords, "Expected named schema property.");
         const std::string_view name = ReadText(line);
         if (name.empty() || (names.MayRepeat(name) && record.FindField(name) != nullptr))
         {
             throw std::runtime_error(kFieldNameFault);
         }
-        if (isLeaf)
+        record.Append(name, ReadValue(type, line, depth));
+    }
+
+    SchemaValue ReadElement(std::uint32_t depth)
+    {
+        SchemaLine line = NextLine();
+        if (line.TakeStart("value "))
         {
-            record.Append(name, ReadLeaf(line));
+            return ReadLeaf(line);
         }
-        else if (isObject)
+        return ReadValue(TypeOfWord(line.ReadWord(), kElementWords, "Expected an array element."), line,
+                         depth);
+    }
+
+    /// Reads what stands behind the keyword, and the name of a field.
+    SchemaValue ReadValue(SchemaValue::Type type, SchemaLine& line, std::uint32_t depth)
+    {
+        switch (type)
         {
-            record.Append(name, ReadNested(line, depth + 1));
+        case SchemaValue::Type::Record:
+            return ReadNested(line, depth + 1);
+        case SchemaValue::Type::Array:
+            return ReadArray(line, depth + 1);
+        case SchemaValue::Type::Text:
+            break;
         }
-        else
-        {
-            record.Append(name, ReadArray(line, depth + 1));
-        }
+        return ReadLeaf(line);
     }
 
     SchemaValue ReadLeaf(SchemaLine& line)
@@ -174,32 +270,8 @@ private:
         {
             element = ReadElement(depth);
         }
-        SchemaLine end = NextLine();
-        if (end.ReadWord() != "end_array")
-        {
-            throw std::runtime_error("Missing array terminator.");
-        }
-        end.RequireEnd();
+        ReadTerminator("end_array", "Missing array terminator.");
         return array;
-    }
-
-    SchemaValue ReadElement(std::uint32_t depth)
-    {
-        SchemaLine line = NextLine();
-        const std::string_view word = line.ReadWord();
-        if (word == "value")
-        {
-            return ReadLeaf(line);
-        }
-        if (word == "object")
-        {
-            return ReadNested(line, depth + 1);
-        }
-        if (word == "array")
-        {
-            return ReadArray(line, depth + 1);
-        }
-        throw std::runtime_error("Expected an array element.");
     }
 
     Core::LineReader& source_;
@@ -210,12 +282,78 @@ private:
     bool keepLines_;
 };
 
+/// Writes the parts of lines.
+class LineText
+{
+public:
+    explicit LineText(Core::TextWriter& out) : out_(out) {}
+
+    std::uint64_t Position() const noexcept { return out_.Position(); }
+    void Append(std::string_view text) { out_.Append(text); }
+
+    /// A word, a blank and the text in quotes.
+    void AppendQuoted(std::string_view word, std::string_view text)
+    {
+        char* const begin = out_.Reserve(word.size() + EscapedCapacity(text.size()) + 3);
+        std::memcpy(begin, word.data(), word.size());
+        char* at = begin + word.size();
+        *at++ = ' ';
+        *at++ = '"';
+        at = WriteEscaped(at, text);
+        *at++ = '"';
+        out_.Commit(static_cast<std::size_t>(at - begin));
+    }
+
+    /// A blank and the number.
+    void AppendNumber(std::uint32_t number)
+    {
+        char* const begin = out_.Reserve(Core::kNumberTextCapacity);
+        *begin = ' ';
+        out_.Commit(static_cast<std::size_t>(Core::WriteIntegerText(begin + 1, number) - begin));
+    }
+
+private:
+    Core::TextWriter& out_;
+};
+
+/// Counts the bytes that `LineText` would write.
+class LineSize
+{
+public:
+    std::uint64_t Position() const noexcept { return size_; }
+    void Append(std::string_view text) noexcept { size_ += text.size(); }
+    void AppendQuoted(std::string_view word, std::string_view text)
+    {
+        size_ += word.size() + EscapedSize(text) + 3;
+    }
+    void AppendNumber(std::uint32_t number)
+    {
+        char digits[Core::kNumberTextCapacity];
+        size_ += static_cast<std::uint64_t>(Core::WriteIntegerText(digits, number) - digits) + 1;
+    }
+
+private:
+    std::uint64_t size_ = 0;
+};
+
+/// Writes a record through `LineText`, or measures it through `LineSize`.
+template<class Lines>
 class RecordWriter
 {
 public:
-    explicit RecordWriter(Core::TextWriter& out) : out_(out) {}
+    explicit RecordWriter(Lines lines) : lines_(lines) {}
 
-    void WriteObject(const SchemaRecord& record, std::uint32_t depth)
+    /// Gives the bytes of the record.
+    std::uint64_t Write(const SchemaRecord& record)
+    {
+        const std::uint64_t begin = lines_.Position();
+        lineStart_ = begin;
+        WriteObject(kRecordWord, record, 1);
+        return lines_.Position() - begin;
+    }
+
+private:
+    void WriteObject(std::string_view word, const SchemaRecord& record, std::uint32_t depth)
     {
         const auto fields = record.Fields();
         if (record.name.empty() || record.version == 0)
@@ -223,110 +361,73 @@ public:
             throw std::runtime_error(kHeaderFault);
         }
         budget_.Charge(fields.size(), depth);
-        WriteQuoted(record.name);
-        WriteNumber(record.version);
-        WriteNumber(static_cast<std::uint32_t>(fields.size()));
+        lines_.AppendQuoted(word, record.name);
+        lines_.AppendNumber(record.version);
+        lines_.AppendNumber(static_cast<std::uint32_t>(fields.size()));
         EndLine();
         FieldNameFilter names;
-        for (std::size_t i = 0; i < fields.size(); ++i)
+        for (const SchemaField& field : fields)
         {
-            if (fields[i].name.empty() ||
-                (names.MayRepeat(fields[i].name) && record.FindField(fields[i].name) != &fields[i]))
+            if (field.name.empty() || (names.MayRepeat(field.name) && record.FindField(field.name) != &field))
             {
                 throw std::runtime_error(kFieldNameFault);
             }
-            WriteField(fields[i], depth);
+            lines_.AppendQuoted(kFieldWords[static_cast<std::size_t>(field.value.GetType())], field.name);
+            WriteValue({}, field.value, depth);
         }
-        out_.Append("end_component_schema");
+        lines_.Append("end_component_schema");
         EndLine();
     }
 
-    void BeginLine() { lineStart_ = out_.Position(); }
-    void Write(std::string_view text) { out_.Append(text); }
-
-private:
-    void WriteField(const SchemaField& field, std::uint32_t depth)
-    {
-        static constexpr std::string_view kWords[] = {"property", "object_property", "array_property"};
-        BeginLine();
-        out_.Append(kWords[static_cast<std::size_t>(field.value.GetType())]);
-        WriteQuoted(field.name);
-        WriteValue(field.value, depth);
-    }
-
-    void WriteElement(const SchemaValue& value, std::uint32_t depth)
-    {
-        static constexpr std::string_view kWords[] = {"value", "object", "array"};
-        BeginLine();
-        out_.Append(kWords[static_cast<std::size_t>(value.GetType())]);
-        WriteValue(value, depth);
-    }
-
-    void WriteValue(const SchemaValue& value, std::uint32_t depth)
+    /// Goes on with a line: `word` comes next, then the value.
+    void WriteValue(std::string_view word, const SchemaValue& value, std::uint32_t depth)
     {
         switch (value.GetType())
         {
         case SchemaValue::Type::Text:
-            WriteQuoted(value.Text());
+            lines_.AppendQuoted(word, value.Text());
             EndLine();
             break;
         case SchemaValue::Type::Record:
-            WriteObject(value.Record(), depth + 1);
+            WriteObject(word, value.Record(), depth + 1);
             break;
         case SchemaValue::Type::Array:
-            WriteArray(value.Array(), depth + 1);
+            WriteArray(word, value.Array(), depth + 1);
             break;
         }
     }
 
-    void WriteArray(const SchemaArray& array, std::uint32_t depth)
+    void WriteArray(std::string_view word, const SchemaArray& array, std::uint32_t depth)
     {
         if (array.Size() > kMaxElements)
         {
             throw std::runtime_error(kArrayFault);
         }
         budget_.Charge(array.Size(), depth);
-        WriteNumber(array.Size());
+        lines_.Append(word);
+        lines_.AppendNumber(array.Size());
         EndLine();
         for (const SchemaValue& element : array)
         {
-            WriteElement(element, depth);
+            WriteValue(kElementWords[static_cast<std::size_t>(element.GetType())], element, depth);
         }
-        BeginLine();
-        out_.Append("end_array");
+        lines_.Append("end_array");
         EndLine();
-    }
-
-    void WriteQuoted(std::string_view text)
-    {
-        char* const begin = out_.Reserve(2 * text.size() + 3);
-        begin[0] = ' ';
-        begin[1] = '"';
-        char* const end = WriteEscaped(begin + 2, text);
-        *end = '"';
-        out_.Commit(static_cast<std::size_t>(end + 1 - begin));
-    }
-
-    void WriteNumber(std::uint32_t number)
-    {
-        char* const begin = out_.Reserve(Core::kNumberTextCapacity);
-        *begin = ' ';
-        out_.Commit(static_cast<std::size_t>(Core::WriteIntegerText(begin + 1, number) - begin));
     }
 
     void EndLine()
     {
-        const std::uint64_t size = out_.Position() - lineStart_;
+        const std::uint64_t size = lines_.Position() - lineStart_;
         if (size > kMaxLineSize || size + 1 > kMaxRecordSize - budget_.bytes)
         {
             throw std::runtime_error("Schema exceeds its line or record byte budget.");
         }
         budget_.bytes += size + 1;
-        out_.Append('\n');
+        lines_.Append("\n");
         lineStart_ += size + 1;
     }
 
-    Core::TextWriter& out_;
+    Lines lines_;
     SchemaBudget budget_;
     std::uint64_t lineStart_ = 0;
 };
@@ -342,15 +443,17 @@ SchemaRecord ReadSchemaRecord(std::string_view headerRest, Core::LineReader& sou
 
 void WriteSchemaRecord(Core::TextWriter& out, const SchemaRecord& record)
 {
-    RecordWriter writer(out);
-    writer.BeginLine();
-    writer.Write(kRecordWord);
-    writer.WriteObject(record, 1);
+    RecordWriter(LineText(out)).Write(record);
     out.FlushIfLarge();
     if (!out.Good())
     {
         throw std::runtime_error("Failed to write component schema.");
     }
+}
+
+std::uint64_t MeasureSchemaRecord(const SchemaRecord& record)
+{
+    return RecordWriter(LineSize()).Write(record);
 }
 
 } // namespace Vornu::Reflection

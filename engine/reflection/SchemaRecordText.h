@@ -21,4 +21,7 @@ SchemaRecord ReadSchemaRecord(std::string_view headerRest, Core::LineReader& sou
 /// Writes a record. Throws `std::runtime_error` when it breaks a limit or the writer has failed.
 void WriteSchemaRecord(Core::TextWriter& out, const SchemaRecord& record);
 
+/// The bytes that `WriteSchemaRecord` would write. Throws like that when the record breaks a limit.
+std::uint64_t MeasureSchemaRecord(const SchemaRecord& record);
+
 } // namespace Vornu::Reflection

@@ -9,6 +9,7 @@
 #include <glm/vec3.hpp>
 #include <glm/vec4.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -93,20 +94,6 @@ const Value& ConstStorage(const ObjectView& view)
         throw std::runtime_error("Schema accessor rejected value storage.");
     }
     return *static_cast<const Value*>(view.constData);
-}
-
-float ParseFloat(std::string_view text)
-{
-    const std::optional<float> value = Core::ParseFloatText(text);
-    if (!value)
-    {
-        throw std::runtime_error(kNumberFault);
-    }
-    if (!std::isfinite(*value))
-    {
-        throw std::runtime_error("Non-finite numeric value.");
-    }
-    return *value;
 }
 
 template<class Integer>
@@ -278,56 +265,115 @@ std::uint32_t ParseSchemaCount(std::string_view word)
     return ParseInteger<std::uint32_t>(word);
 }
 
-void ChargeRecordLine(std::string_view line, SchemaBudget& budget)
+namespace
 {
-    if (line.size() > kMaxLineSize)
+
+/// Copies a text and tells whether it holds plain bytes alone.
+bool CopyPlain(char* out, std::string_view text)
+{
+    constexpr std::size_t kHalf = sizeof(std::uint64_t);
+    const char* const at = text.data();
+    const std::size_t size = text.size();
+    if (size >= Core::kScanWidth)
     {
-        throw std::runtime_error(kTruncatedRecord);
+        // The last step takes what the others have left with some of what they have taken.
+        const std::size_t last = size - Core::kScanWidth;
+        std::uint32_t special = Core::SpecialBytes(at + last);
+        std::memcpy(out + last, at + last, Core::kScanWidth);
+        for (std::size_t i = 0; i < last; i += Core::kScanWidth)
+        {
+            special |= Core::SpecialBytes(at + i);
+            std::memcpy(out + i, at + i, Core::kScanWidth);
+        }
+        return special == 0;
     }
-    if (line.size() + 1 > kMaxRecordSize - budget.bytes)
+    if (size >= kHalf)
     {
-        throw std::runtime_error("Schema record exceeds its byte budget.");
+        const std::uint64_t front = Core::LoadBytes(at);
+        const std::uint64_t back = Core::LoadBytes(at + size - kHalf);
+        std::memcpy(out, &front, kHalf);
+        std::memcpy(out + size - kHalf, &back, kHalf);
+        return Core::PlainBytes(front) == kHalf && Core::PlainBytes(back) == kHalf;
     }
-    budget.bytes += line.size() + 1;
+    const std::uint64_t bytes = size > 0 ? Core::LoadFewBytes(at, size) : 0;
+    std::memcpy(out, &bytes, kHalf);
+    return size == 0 || Core::PlainBytes(bytes) >= size;
 }
+
+} // namespace
 
 char* WriteEscaped(char* out, std::string_view text)
 {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    while (at != end)
+    if (CopyPlain(out, text))
     {
-        if (static_cast<std::size_t>(end - at) >= Core::kScanWidth)
-        {
-            const std::uint64_t bytes = Core::LoadBytes(at);
-            if (Core::PlainBytes(bytes) == Core::kScanWidth)
-            {
-                std::memcpy(out, &bytes, sizeof bytes);
-                out += sizeof bytes;
-                at += sizeof bytes;
-                continue;
-            }
-        }
-        else if (text.size() >= Core::kScanWidth)
-        {
-            // The rest goes with the plain bytes in front of it, which are written once more.
-            const auto rest = static_cast<std::size_t>(end - at);
-            const std::uint64_t bytes = Core::LoadBytes(end - Core::kScanWidth);
-            if (Core::PlainBytes(bytes) == Core::kScanWidth)
-            {
-                std::memcpy(out + rest - sizeof bytes, &bytes, sizeof bytes);
-                return out + rest;
-            }
-        }
-        const char escape = kEscapes[static_cast<unsigned char>(*at)];
+        return out + text.size();
+    }
+    for (const char c : text)
+    {
+        const char escape = kEscapes[static_cast<unsigned char>(c)];
         if (escape != 0)
         {
             *out++ = '\\';
         }
-        *out++ = escape != 0 ? escape : *at;
-        ++at;
+        *out++ = escape != 0 ? escape : c;
     }
     return out;
+}
+
+std::size_t EscapedSize(std::string_view text)
+{
+    std::size_t size = text.size();
+    const char* const end = text.data() + text.size();
+    const char* at = Core::SkipPlainBytes(text.data(), text.data(), end);
+    while (at != end)
+    {
+        size += kEscapes[static_cast<unsigned char>(*at)] != 0 ? 1 : 0;
+        at = Core::SkipPlainBytes(text.data(), at + 1, end);
+    }
+    return size;
+}
+
+float ParseFloat(std::string_view text)
+{
+    const std::optional<float> value = Core::ParseFloatText(text);
+    if (!value)
+    {
+        throw std::runtime_error(kNumberFault);
+    }
+    if (!std::isfinite(*value))
+    {
+        throw std::runtime_error("Non-finite numeric value.");
+    }
+    return *value;
+}
+
+SchemaValue::Type StoredType(ValueShape shape) noexcept
+{
+    switch (shape)
+    {
+    case ValueShape::Object:
+        return SchemaValue::Type::Record;
+    case ValueShape::Collection:
+        return SchemaValue::Type::Array;
+    case ValueShape::Scalar:
+        break;
+    }
+    return SchemaValue::Type::Text;
+}
+
+std::string FieldLineHead(std::string_view name, ValueShape shape)
+{
+    std::string quoted(EscapedCapacity(name.size()), '\0');
+    quoted.resize(static_cast<std::size_t>(WriteEscaped(quoted.data(), name) - quoted.data()));
+    return std::string(kFieldWords[static_cast<std::size_t>(StoredType(shape))]) + " \"" + quoted + "\"";
+}
+
+std::string_view FormatFloat(float value, SchemaArena& arena)
+{
+    char* const begin = arena.AllocateText(Core::kNumberTextCapacity);
+    char* const end = WriteFloat(begin, value);
+    arena.ShrinkText(end);
+    return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 std::string_view FormatLeaf(PropertyKind kind, const ObjectView& view, SchemaArena& arena)
@@ -343,7 +389,7 @@ std::string_view FormatLeaf(PropertyKind kind, const ObjectView& view, SchemaAre
     case PropertyKind::UInt64:
         return FormatInteger(ConstStorage<std::uint64_t>(view), arena);
     case PropertyKind::Float:
-        return FormatComponents({ConstStorage<float>(view)}, arena);
+        return FormatFloat(ConstStorage<float>(view), arena);
     case PropertyKind::String:
         return arena.CopyText(ConstStorage<std::string>(view));
     case PropertyKind::Vec2:

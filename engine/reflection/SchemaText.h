@@ -4,9 +4,10 @@
 #include "engine/reflection/PropertyTypes.h"
 #include "engine/reflection/SchemaRecord.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
+#include <string>
 #include <string_view>
 
 /// Tokens and leaf values of schema text. Faults throw `std::runtime_error`.
@@ -20,6 +21,10 @@ inline constexpr std::uint32_t kMaxFieldSum = 4096; // fields and elements of a 
 inline constexpr std::size_t kMaxLineSize = 65535;
 inline constexpr std::size_t kMaxRecordSize = 0x100000; // all lines, each with one byte for its end
 inline constexpr std::string_view kRecordWord = "component_schema";
+/// What begins the line of a field and of an array's element, by the type of the value.
+inline constexpr std::array<std::string_view, 3> kFieldWords = {"property", "object_property",
+                                                                "array_property"};
+inline constexpr std::array<std::string_view, 3> kElementWords = {"value", "object", "array"};
 inline constexpr char kTruncatedRecord[] = "Truncated or oversized component schema record.";
 
 /// Running account of the fields and elements that one record declares, at every depth.
@@ -48,14 +53,11 @@ public:
     {
     }
 
-    /// Takes a word with the blank behind it when the line begins with them; a short cut for `ReadWord`.
-    template<std::size_t Size>
-    bool TakeFirstWord(const char (&wordAndBlank)[Size]) noexcept
+    /// Takes `text` when the rest of the line begins with it; a short cut for whole tokens.
+    bool TakeStart(std::string_view text) noexcept
     {
-        constexpr std::size_t kLength = Size - 1;
-        const bool taken =
-            static_cast<std::size_t>(end_ - at_) >= kLength && std::memcmp(at_, wordAndBlank, kLength) == 0;
-        at_ += taken ? kLength : 0;
+        const bool taken = Remaining().starts_with(text);
+        at_ += taken ? text.size() : 0;
         return taken;
     }
 
@@ -82,16 +84,29 @@ private:
 /// A decimal number of a record header: digits alone, up to 4,294,967,295.
 std::uint32_t ParseSchemaCount(std::string_view word);
 
-/// Charges one line of a record, or the rest of its header line.
-void ChargeRecordLine(std::string_view line, SchemaBudget& budget);
+/// Room that `WriteEscaped` needs for a text of some size.
+constexpr std::size_t EscapedCapacity(std::size_t size) noexcept
+{
+    return 2 * size + 8;
+}
 
-/// Writes `text` with the six escapes applied; needs room for twice its size. Returns the end.
+/// Writes `text` with the six escapes applied. Returns the end.
 char* WriteEscaped(char* out, std::string_view text);
+/// The size of what that writes.
+std::size_t EscapedSize(std::string_view text);
+
+/// How a value of some shape is stored.
+SchemaValue::Type StoredType(ValueShape shape) noexcept;
+/// The keyword and the name that the line of a field begins with.
+std::string FieldLineHead(std::string_view name, ValueShape shape);
 
 /// The text of a scalar leaf of kinds Bool to Quat or Guid, in the arena.
 std::string_view FormatLeaf(PropertyKind kind, const ObjectView& view, SchemaArena& arena);
 /// Parses such a text into the view's storage.
 void ParseLeaf(PropertyKind kind, std::string_view text, const ObjectView& view);
+/// The same for kind Float alone.
+std::string_view FormatFloat(float value, SchemaArena& arena);
+float ParseFloat(std::string_view text);
 /// The 36 characters of a GUID; empty for the null one.
 std::string_view FormatGuid(const Core::Guid& guid, SchemaArena& arena);
 

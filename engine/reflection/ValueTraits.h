@@ -186,6 +186,10 @@ ValueAccessors MakeCollectionAccessors()
     {
         table.fixedSize = Collection().size();
     }
+    if constexpr (std::is_same_v<Element, float>)
+    {
+        table.floats = [](const void* data) { return static_cast<const Collection*>(data)->data(); };
+    }
     table.constElement = [](const void* data, std::size_t index, ElementCallback callback)
     {
         const Collection& collection = *static_cast<const Collection*>(data);

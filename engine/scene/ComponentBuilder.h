@@ -122,6 +122,8 @@ void InstallEntityOperations(ComponentTypeEntry& entry)
     entry.has = [](const Registry& registry, Entity entity) { return registry.Has<Component>(entity); };
     entry.add = [](Registry& registry, Entity entity) { registry.Add<Component>(entity, Component{}); };
     entry.remove = [](Registry& registry, Entity entity) { registry.Remove<Component>(entity); };
+    entry.storage = [](const Registry& registry) -> const IStorage*
+    { return registry.StorageOf<Component>(); };
     entry.get = [](Registry& registry, Entity entity) -> void* { return registry.TryGet<Component>(entity); };
     entry.getConst = [](const Registry& registry, Entity entity) -> const void*
     { return registry.TryGet<Component>(entity); };

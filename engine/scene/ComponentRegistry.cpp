@@ -1,5 +1,8 @@
 #include "engine/scene/ComponentRegistry.h"
 
+#include "engine/reflection/ReflectionRegistry.h"
+#include "engine/scene/Registry.h"
+
 #include <stdexcept>
 #include <string>
 
@@ -54,13 +57,23 @@ ComponentRecordTable::ComponentRecordTable(const ComponentRegistry& registry)
             continue;
         }
         saveOrder_.push_back(entry.get());
+        if (HasFlag(entry->flags, ComponentFlags::EntityFrame))
+        {
+            frameComponents_.push_back(entry.get());
+        }
+        if (!entry->resolveHooks.empty())
+        {
+            resolveOrder_.push_back(entry.get());
+        }
+        const Reflection::TypeInfo* const type =
+            Reflection::ReflectionRegistry::Instance().FindType(entry->records.front().name);
         for (std::size_t i = 0; i < entry->records.size(); ++i)
         {
-            AddRow(entry->records[i].name, {entry.get(), i, nullptr});
+            AddRow(entry->records[i].name, {entry.get(), i, nullptr, type});
         }
         for (const ComponentRecordAlias& alias : entry->aliases)
         {
-            AddRow(alias.name, {entry.get(), 0, &alias});
+            AddRow(alias.name, {entry.get(), 0, &alias, type});
         }
     }
 }
@@ -71,6 +84,20 @@ void ComponentRecordTable::AddRow(std::string_view name, const Row& row)
     {
         throw std::logic_error("Two components claim the scene record name: " + std::string(name));
     }
+}
+
+std::vector<const ComponentTypeEntry*> ComponentRecordTable::ComponentsIn(const Registry& registry) const
+{
+    std::vector<const ComponentTypeEntry*> present;
+    for (const ComponentTypeEntry* const entry : saveOrder_)
+    {
+        const IStorage* const storage = entry->storage(registry);
+        if (storage != nullptr && !storage->Entities().empty())
+        {
+            present.push_back(entry);
+        }
+    }
+    return present;
 }
 
 const ComponentRecordTable::Row* ComponentRecordTable::Find(std::string_view recordName) const noexcept

@@ -40,6 +40,7 @@ public:
         const ComponentTypeEntry* entry = nullptr;
         std::size_t index = 0; // of the record in its entry
         const ComponentRecordAlias* alias = nullptr;
+        const Reflection::TypeInfo* type = nullptr; // that the entry's main record is named after
     };
 
     /// Throws `std::logic_error` when two components claim one name.
@@ -49,12 +50,23 @@ public:
 
     /// The components with scene records, in the order in which they are saved.
     const std::vector<const ComponentTypeEntry*>& SaveOrder() const noexcept { return saveOrder_; }
+    /// Those of them that an entity of the registry has, in the same order.
+    std::vector<const ComponentTypeEntry*> ComponentsIn(const Registry& registry) const;
+    /// Those of them that every entity has, in the same order.
+    const std::vector<const ComponentTypeEntry*>& FrameComponents() const noexcept
+    {
+        return frameComponents_;
+    }
+    /// Those of them with resolve hooks, in the same order.
+    const std::vector<const ComponentTypeEntry*>& ResolveOrder() const noexcept { return resolveOrder_; }
 
 private:
     void AddRow(std::string_view name, const Row& row);
 
     std::unordered_map<std::string_view, Row> rows_; // keys live in the entries
     std::vector<const ComponentTypeEntry*> saveOrder_;
+    std::vector<const ComponentTypeEntry*> frameComponents_;
+    std::vector<const ComponentTypeEntry*> resolveOrder_;
 };
 
 } // namespace Vornu::Scene

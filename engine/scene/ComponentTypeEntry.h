@@ -22,13 +22,15 @@ class AssetRegistry;
 namespace Vornu::Reflection
 {
 struct SchemaCodecContext;
-}
+struct TypeInfo;
+} // namespace Vornu::Reflection
 
 namespace Vornu::Scene
 {
 
 class EntityReferenceRemapper;
 class MissingComponentReport;
+class IStorage;
 class Registry;
 
 enum class ComponentFlags : std::uint32_t
@@ -175,7 +177,8 @@ struct ComponentTypeEntry
     std::function<void(const Registry& source, Registry& target, Entity from, Entity to,
                        ComponentCopyKind kind)>
         copyToOtherRegistry;
-    void* (*get)(Registry& registry, Entity entity) = nullptr; // null when the entity has none
+    const IStorage* (*storage)(const Registry& registry) = nullptr; // null when there is none yet
+    void* (*get)(Registry& registry, Entity entity) = nullptr;      // null when the entity has none
     const void* (*getConst)(const Registry& registry, Entity entity) = nullptr;
     Reflection::ObjectView (*view)(Registry& registry, Entity entity) = nullptr;
     Reflection::ObjectView (*viewConst)(const Registry& registry, Entity entity) = nullptr;

@@ -12,6 +12,13 @@
 
 namespace Vornu::Scene
 {
+
+void EntityRecordStage::Clear() noexcept
+{
+    active_.clear();
+    preserved_.reset();
+}
+
 void EntityRecordStage::Load(Reflection::SchemaRecord& record, std::uint64_t encodedBytes)
 {
     const ComponentRecordTable::Row* const row = table_->Find(record.name);
@@ -60,11 +67,12 @@ EntityRecordStage::ActiveComponent& EntityRecordStage::Begin(const ComponentReco
     {
         throw std::runtime_error("Duplicate component schema: " + std::string(record.name));
     }
+    const Reflection::TypeInfo* type = row.type;
     if (row.alias != nullptr)
     {
         row.alias->rewrite(record);
+        type = Reflection::ReflectionRegistry::Instance().FindType(record.name);
     }
-    const Reflection::TypeInfo* const type = Reflection::ReflectionRegistry::Instance().FindType(record.name);
     if (type != nullptr && record.version > 0 && record.version < type->version && entry.migrate)
     {
         entry.migrate(record, record.version);
@@ -124,9 +132,9 @@ void EntityRecordStage::Finish(bool requireFrame)
     {
         return;
     }
-    for (const ComponentTypeEntry* const entry : table_->SaveOrder())
+    for (const ComponentTypeEntry* const entry : table_->FrameComponents())
     {
-        if (HasFlag(entry->flags, ComponentFlags::EntityFrame) && !Contains(*entry))
+        if (!Contains(*entry))
         {
             throw std::runtime_error("Entity is missing its " + entry->records.front().name + " record.");
         }
@@ -155,9 +163,9 @@ void EntityRecordStage::Commit(Registry& registry, Entity entity)
     Commit(registry, entity, [](const ComponentTypeEntry&) { return true; });
 }
 
-void ResolveEntity(const ComponentRecordTable& table, Registry& registry, Entity entity)
+void ResolveEntity(std::span<const ComponentTypeEntry* const> resolveOrder, Registry& registry, Entity entity)
 {
-    for (const ComponentTypeEntry* const entry : table.SaveOrder())
+    for (const ComponentTypeEntry* const entry : resolveOrder)
     {
         for (const auto& hook : entry->resolveHooks)
         {
@@ -169,10 +177,10 @@ void ResolveEntity(const ComponentRecordTable& table, Registry& registry, Entity
     }
 }
 
-void SaveEntity(const ComponentRecordTable& table, const ComponentSaveContext& context,
+void SaveEntity(std::span<const ComponentTypeEntry* const> saveOrder, const ComponentSaveContext& context,
                 ComponentTypeEntry::RecordList& out)
 {
-    for (const ComponentTypeEntry* const entry : table.SaveOrder())
+    for (const ComponentTypeEntry* const entry : saveOrder)
     {
         const void* const component = entry->getConst(*context.registry, context.entity);
         if (component == nullptr)

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace Vornu::Scene
@@ -28,6 +29,9 @@ public:
         : table_(&table), context_(&context)
     {
     }
+
+    /// Makes the stage ready for another entity.
+    void Clear() noexcept;
 
     /// Takes one record, which may be rewritten. `encodedBytes` is its size in the file.
     void Load(Reflection::SchemaRecord& record, std::uint64_t encodedBytes);
@@ -67,12 +71,14 @@ private:
     std::shared_ptr<PreservedRecordSet> preserved_;
 };
 
-/// Runs the resolve hooks of an entity's components; for when all entities of the scene exist.
-void ResolveEntity(const ComponentRecordTable& table, Registry& registry, Entity entity);
+/// Runs the resolve hooks of an entity's components, given those that have any; for when all entities of the
+/// scene exist.
+void ResolveEntity(std::span<const ComponentTypeEntry* const> resolveOrder, Registry& registry,
+                   Entity entity);
 
-/// Appends the records of an entity: its components in save order, then its preserved records. A fault gets
-/// the prefix "<component>: ".
-void SaveEntity(const ComponentRecordTable& table, const ComponentSaveContext& context,
+/// Appends the records of an entity: those of its components that are among the given ones, in their order,
+/// then its preserved records. A fault gets the prefix "<component>: ".
+void SaveEntity(std::span<const ComponentTypeEntry* const> saveOrder, const ComponentSaveContext& context,
                 ComponentTypeEntry::RecordList& out);
 
 } // namespace Vornu::Scene

@@ -19,9 +19,7 @@ SampleChunkSaver::SampleChunkSaver(const SampleFaults& faults, std::uint64_t tot
 
 void SampleChunkSaver::Charge(const Reflection::SchemaRecord& record)
 {
-    text_.Clear();
-    Reflection::WriteSchemaRecord(text_, record);
-    bytes_ += text_.Position();
+    bytes_ += Reflection::MeasureSchemaRecord(record);
     if (bytes_ > kMaxSampleBytes)
     {
         throw std::runtime_error(faults_.tooManyBytes);

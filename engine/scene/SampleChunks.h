@@ -1,6 +1,5 @@
 #pragma once
 
-#include "engine/core/TextWriter.h"
 #include "engine/reflection/SchemaRecord.h"
 
 #include <cstddef>
@@ -37,7 +36,7 @@ class SampleChunkSaver
 public:
     SampleChunkSaver(const SampleFaults& faults, std::uint64_t totalSamples);
 
-    /// Renders a record to text to measure it.
+    /// Measures a record.
     void Charge(const Reflection::SchemaRecord& record);
 
     /// Calls `emit(offset, values)` for each chunk of one array; not at all for an empty one.
@@ -47,7 +46,6 @@ public:
 
 private:
     const SampleFaults& faults_;
-    Core::TextWriter text_;
     std::uint64_t bytes_ = 0;
 };
 

@@ -69,10 +69,10 @@ public:
 
     void TakeEntity(StagedEntity& entity) override
     {
-        EntityRecordStage components(table_, context_);
-        if (recordFault_.empty() && StageComponents(entity, components) && sceneFault_.empty())
+        components_.Clear();
+        if (recordFault_.empty() && StageComponents(entity) && sceneFault_.empty())
         {
-            AddEntity(entity, components);
+            AddEntity(entity);
         }
         ++entityCount_;
         ReleaseRecords();
@@ -98,7 +98,7 @@ public:
         scene_.SetEnvironment(std::move(environment_));
         for (const Entity entity : entities_)
         {
-            ResolveEntity(table_, scene_, entity);
+            ResolveEntity(table_.ResolveOrder(), scene_, entity);
         }
         scene_.MarkLoaded();
         return std::move(scene_);
@@ -114,7 +114,7 @@ private:
         }
     }
 
-    bool StageComponents(StagedEntity& entity, EntityRecordStage& components)
+    bool StageComponents(StagedEntity& entity)
     {
         std::uint32_t line = entity.line;
         try
@@ -122,10 +122,10 @@ private:
             for (StagedRecord& staged : entity.records)
             {
                 line = staged.line;
-                components.Load(staged.record, staged.encodedBytes);
+                components_.Load(staged.record, staged.encodedBytes);
             }
             line = entity.line;
-            components.Finish(true);
+            components_.Finish(true);
             return true;
         }
         catch (const std::exception& fault)
@@ -135,7 +135,7 @@ private:
         }
     }
 
-    void AddEntity(StagedEntity& staged, EntityRecordStage& components)
+    void AddEntity(StagedEntity& staged)
     {
         try
         {
@@ -144,7 +144,7 @@ private:
                 throw std::runtime_error("Scene contains duplicate entity GUIDs.");
             }
             const Entity entity = scene_.CreateEntity(std::move(staged.name), staged.guid);
-            components.Commit(scene_, entity);
+            components_.Commit(scene_, entity);
             entities_.push_back(entity);
             parentGuids_.push_back(staged.parentGuid);
         }
@@ -185,7 +185,8 @@ private:
     MissingComponentReport missing_;
     ComponentLoadContext context_;
     ComponentRecordTable table_;
-    Reflection::SchemaArena arena_; // of the records that are being read
+    EntityRecordStage components_{table_, context_}; // of the entity that is being read
+    Reflection::SchemaArena arena_;                  // of the records that are being read
     EnvironmentSettings environment_;
     Scene scene_;
     std::vector<Entity> entities_; // in file order

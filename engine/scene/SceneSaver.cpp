@@ -24,16 +24,19 @@ namespace
 /// A text as `std::quoted` writes it.
 void WriteQuoted(Core::TextWriter& out, std::string_view text)
 {
-    out.Append('"');
+    char* const begin = out.Reserve(2 * text.size() + 2);
+    char* at = begin;
+    *at++ = '"';
     for (const char c : text)
     {
         if (c == '"' || c == '\\')
         {
-            out.Append('\\');
+            *at++ = '\\';
         }
-        out.Append(c);
+        *at++ = c;
     }
-    out.Append('"');
+    *at++ = '"';
+    out.Commit(static_cast<std::size_t>(at - begin));
 }
 
 void WriteGuid(Core::TextWriter& out, const Core::Guid& guid)
@@ -62,12 +65,13 @@ public:
         const Reflection::SchemaCodecContext codec = Assets::MakeSceneCodecContext(assets_);
         WriteEnvironment(codec);
         const ComponentRecordTable table;
+        const auto components = table.ComponentsIn(scene_);
         auto parent = parents_.begin(); // one for each saved entity, in order
         for (const Entity entity : scene_.AliveEntities())
         {
             if (IsSaved(entity))
             {
-                WriteEntity(entity, (*parent).second, table, codec);
+                WriteEntity(entity, (*parent).second, components, codec);
                 ++parent;
             }
         }
@@ -136,7 +140,8 @@ private:
                                             Reflection::ReflectionRegistry::Instance(), codec, arena_));
     }
 
-    void WriteEntity(Entity entity, const Core::Guid& parentGuid, const ComponentRecordTable& table,
+    void WriteEntity(Entity entity, const Core::Guid& parentGuid,
+                     std::span<const ComponentTypeEntry* const> components,
                      const Reflection::SchemaCodecContext& codec)
     {
         out_.Append("entity ");
@@ -148,7 +153,7 @@ private:
         out_.Append('\n');
         arena_.Reset();
         records_.clear();
-        SaveEntity(table, {&scene_, entity, &codec, &assets_, &arena_}, records_);
+        SaveEntity(components, {&scene_, entity, &codec, &assets_, &arena_}, records_);
         for (const Reflection::SchemaRecord& record : records_)
         {
             Reflection::WriteSchemaRecord(out_, record);

@@ -82,7 +82,7 @@ Scene SceneAssembly::Finish()
     LinkComponents();
     for (const Entity entity : entities_)
     {
-        ResolveEntity(table_, scene_, entity);
+        ResolveEntity(table_.ResolveOrder(), scene_, entity);
     }
     RunSystems();
     for (auto& [entity, records] : late_)
