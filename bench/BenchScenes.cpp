@@ -3,6 +3,7 @@
 #include "engine/assets/AssetManager.h"
 #include "engine/core/Guid.h"
 #include "engine/core/Logger.h"
+#include "engine/core/System.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
 #include "engine/scene/legacy/LegacyReader.h"
@@ -268,6 +269,7 @@ ScratchFolder::ScratchFolder()
     : path_(std::filesystem::temp_directory_path() / ("vornu-bench-" + Core::Guid::Generate().ToString()))
 {
     std::filesystem::create_directories(path_);
+    Platform::KeepFreedMemory(); // as the program does
     setenv("VORNU_USER_SETTINGS_DIR", (path_ / "user").c_str(), 1);
     Core::GetLogger().SetMinimumLevelForAll(Core::LogLevel::Warning);
 }

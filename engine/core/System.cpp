@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 
+#include <malloc.h>
 #include <pthread.h>
 #include <sys/random.h>
 
@@ -114,6 +115,18 @@ bool RandomBytes(void* buffer, std::size_t length) noexcept
         length -= static_cast<std::size_t>(count);
     }
     return true;
+}
+
+void KeepFreedMemory() noexcept
+{
+#if defined(__GLIBC__)
+    constexpr int kKept = 1 << 30;
+    constexpr int kLargestHeapBlock = 1 << 25; // as large as the library allows
+    constexpr int kGrowth = 1 << 20;
+    ::mallopt(M_TRIM_THRESHOLD, kKept);
+    ::mallopt(M_MMAP_THRESHOLD, kLargestHeapBlock);
+    ::mallopt(M_TOP_PAD, kGrowth);
+#endif
 }
 
 std::string SystemErrorText(int errorNumber)

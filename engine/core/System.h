@@ -24,6 +24,10 @@ void SetCurrentThreadName(std::string_view name) noexcept;
 /// Fills `buffer` from the system's random generator. False if the system has none to give.
 bool RandomBytes(void* buffer, std::size_t length) noexcept;
 
+/// Makes the allocator keep what is freed for later instead of giving it back to the system each time. For
+/// programs that load one file after the other and end; the peak of their memory stays as it is.
+void KeepFreedMemory() noexcept;
+
 /// The system's text for an error number, in English whatever the locale. Safe from any thread.
 std::string SystemErrorText(int errorNumber);
 std::string SystemErrorText(const std::error_code& error);

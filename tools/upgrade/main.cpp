@@ -1,4 +1,5 @@
 #include "engine/core/Signals.h"
+#include "engine/core/System.h"
 #include "tools/upgrade/UpgradeTool.h"
 
 #include <string_view>
@@ -7,6 +8,7 @@
 int main(int argumentCount, char** argumentValues)
 {
     Vornu::Platform::PrepareStandardStreams();
+    Vornu::Platform::KeepFreedMemory();
     Vornu::Platform::InstallTemporaryFileCleanup();
     std::vector<std::string_view> arguments;
     for (int i = 1; i < argumentCount; ++i)
