@@ -38,8 +38,8 @@ std::string FaultAt(std::uint32_t line, std::size_t entity, const std::exception
     return "Failed to load cooked scene entity " + std::to_string(entity) + ": " + fault.what();
 }
 
-/// Makes the new scene beside the target while the file is read, so that no more than one entity is held as
-/// records at a time. The faults of the steps are held back: a fault of the text, wherever it stands, comes
+/// Makes the new scene beside the target while the file is read, so that no more than one record is held at a
+/// time. The faults of the steps are held back: a fault of the text, wherever it stands, comes
 /// before one of the environment, that before one of an entity's records, that before one of the whole scene.
 class SceneBuilder final : public SceneSink
 {
@@ -67,15 +67,21 @@ public:
         ReleaseRecords();
     }
 
+    void TakeRecord(StagedRecord& staged) override
+    {
+        HoldRecordFault(staged.line, [&] { components_.Load(staged.record, staged.encodedBytes); });
+        ReleaseRecords();
+    }
+
     void TakeEntity(StagedEntity& entity) override
     {
-        components_.Clear();
-        if (recordFault_.empty() && StageComponents(entity) && sceneFault_.empty())
+        HoldRecordFault(entity.line, [&] { components_.Finish(true); });
+        if (recordFault_.empty() && sceneFault_.empty())
         {
             AddEntity(entity);
         }
+        components_.Clear();
         ++entityCount_;
-        ReleaseRecords();
     }
 
     /// The finished scene, when everything has been read.
@@ -114,24 +120,21 @@ private:
         }
     }
 
-    bool StageComponents(StagedEntity& entity)
+    /// Runs a step of the components' load, which ends with its first fault.
+    template<class Step>
+    void HoldRecordFault(std::uint32_t line, Step step)
     {
-        std::uint32_t line = entity.line;
+        if (!recordFault_.empty())
+        {
+            return;
+        }
         try
         {
-            for (StagedRecord& staged : entity.records)
-            {
-                line = staged.line;
-                components_.Load(staged.record, staged.encodedBytes);
-            }
-            line = entity.line;
-            components_.Finish(true);
-            return true;
+            step();
         }
         catch (const std::exception& fault)
         {
             recordFault_ = FaultAt(line, entityCount_, fault);
-            return false;
         }
     }
 
@@ -226,6 +229,10 @@ Scene LoadCooked(const std::filesystem::path& path, const Scene& target,
     }
     for (StagedEntity& entity : stage.entities)
     {
+        for (StagedRecord& record : entity.records)
+        {
+            builder.TakeRecord(record);
+        }
         builder.TakeEntity(entity);
     }
     return builder.Finish();

@@ -54,7 +54,9 @@ public:
     /// Where the records are made that come next. The sink may reset it whenever it has been given something.
     virtual Reflection::SchemaArena& Arena() = 0;
     virtual void TakeEnvironment(Reflection::SchemaRecord& record) = 0;
-    /// One whole frame. What isn't moved out of it is reused for the next.
+    /// A record of the entity whose frame comes next.
+    virtual void TakeRecord(StagedRecord& record) = 0;
+    /// A frame without its records, at its end. What isn't moved out of it is reused for the next.
     virtual void TakeEntity(StagedEntity& entity) = 0;
 };
 

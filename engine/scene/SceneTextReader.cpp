@@ -166,7 +166,8 @@ private:
         {
             throw std::runtime_error("Component schema requires an entity.");
         }
-        entity_.records.push_back({record, source_.Position() - start, headerLine});
+        StagedRecord staged{record, source_.Position() - start, headerLine};
+        sink_.TakeRecord(staged);
     }
 
     void ReadEntity(Core::TokenReader& tokens)
@@ -192,7 +193,6 @@ private:
         entity_.parentGuid = {};
         entity_.hasParent = false;
         entity_.line = static_cast<std::uint32_t>(lineNumber_);
-        entity_.records.clear();
         inEntity_ = true;
     }
 
@@ -253,10 +253,17 @@ public:
 
     Reflection::SchemaArena& Arena() override { return stage_.arena; }
     void TakeEnvironment(Reflection::SchemaRecord& record) override { stage_.environment = record; }
-    void TakeEntity(StagedEntity& entity) override { stage_.entities.push_back(std::move(entity)); }
+    void TakeRecord(StagedRecord& record) override { records_.push_back(record); }
+    void TakeEntity(StagedEntity& entity) override
+    {
+        stage_.entities.push_back(std::move(entity));
+        stage_.entities.back().records = std::move(records_);
+        records_.clear();
+    }
 
 private:
     SceneStage& stage_;
+    std::vector<StagedRecord> records_; // of the open frame
 };
 
 } // namespace
