@@ -40,38 +40,29 @@ void LineReader::ReleaseLines() noexcept
     retired_.clear();
 }
 
-bool LineReader::ReadLine(std::string_view& line)
+/// Goes on where the buffer holds no line end.
+bool LineReader::ReadBeyondBuffer(std::string_view& line)
 {
-    std::size_t searched = 0;
     for (;;)
     {
-        const auto available = static_cast<std::size_t>(end_ - at_);
-        const void* const found =
-            available == searched ? nullptr : std::memchr(at_ + searched, '\n', available - searched);
-        if (found != nullptr)
+        const auto searched = static_cast<std::size_t>(end_ - at_);
+        if (!FillBuffer())
         {
-            const char* const feed = static_cast<const char*>(found);
-            line = {at_, static_cast<std::size_t>(feed - at_)};
-            at_ = feed + 1;
             break;
         }
-        searched = available;
-        if (FillBuffer())
+        const void* const feed =
+            std::memchr(at_ + searched, '\n', static_cast<std::size_t>(end_ - at_) - searched);
+        if (feed != nullptr)
         {
-            continue;
+            return TakeLine(static_cast<const char*>(feed), line);
         }
-        if (at_ == end_ || (file_ != nullptr && file_->Failed()))
-        {
-            return false;
-        }
-        line = {at_, static_cast<std::size_t>(end_ - at_)};
-        at_ = end_;
-        break;
     }
-    if (!line.empty() && line.back() == '\r')
+    if (at_ == end_ || (file_ != nullptr && file_->Failed()))
     {
-        line.remove_suffix(1);
+        return false;
     }
+    TakeLine(end_, line);
+    at_ = end_;
     return true;
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -31,7 +32,12 @@ public:
     explicit LineReader(InputFile& file, Lines lines = Lines::UntilNext);
 
     /// The next line. False at the end and when a read fails.
-    bool ReadLine(std::string_view& line);
+    bool ReadLine(std::string_view& line)
+    {
+        const auto available = static_cast<std::size_t>(end_ - at_);
+        const void* const feed = available > 0 ? std::memchr(at_, '\n', available) : nullptr;
+        return feed != nullptr ? TakeLine(static_cast<const char*>(feed), line) : ReadBeyondBuffer(line);
+    }
 
     /// What stands ahead, up to `size` bytes (64 KiB at most), without going on; shorter at the end of the
     /// text.
@@ -47,6 +53,16 @@ public:
     std::uint64_t Position() const noexcept { return base_ + static_cast<std::uint64_t>(at_ - begin_); }
 
 private:
+    /// Gives the line that ends in front of `end`; the next starts behind that character.
+    bool TakeLine(const char* end, std::string_view& line) noexcept
+    {
+        const bool carriageReturn = end != at_ && end[-1] == '\r';
+        line = {at_, static_cast<std::size_t>(end - at_) - (carriageReturn ? 1 : 0)};
+        at_ = end + 1;
+        return true;
+    }
+
+    bool ReadBeyondBuffer(std::string_view& line);
     bool FillBuffer();
 
     const char* begin_;

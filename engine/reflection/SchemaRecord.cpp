@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <stdexcept>
 
@@ -53,13 +52,9 @@ void SchemaArena::Reset() noexcept
     end_ = at_ + blocks_.front().size;
 }
 
-SchemaValue::SchemaValue(std::string_view text)
-    : text_(text.data()), size_(static_cast<std::uint32_t>(text.size()))
+void SchemaValue::ThrowTooLong()
 {
-    if (text.size() > std::numeric_limits<std::uint32_t>::max())
-    {
-        throw std::length_error("Schema text is too long.");
-    }
+    throw std::length_error("Schema text is too long.");
 }
 
 SchemaArray::SchemaArray(SchemaArena& arena, std::uint32_t size)

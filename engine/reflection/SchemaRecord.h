@@ -93,7 +93,13 @@ public:
     };
 
     SchemaValue() noexcept = default;
-    SchemaValue(std::string_view text);
+    SchemaValue(std::string_view text) : text_(text.data()), size_(static_cast<std::uint32_t>(text.size()))
+    {
+        if (size_ != text.size())
+        {
+            ThrowTooLong();
+        }
+    }
     SchemaValue(SchemaRecord* record) noexcept : record_(record), type_(Type::Record) {}
     inline SchemaValue(const SchemaArray& array) noexcept;
 
@@ -108,6 +114,8 @@ public:
     inline SchemaArray Array() const noexcept;
 
 private:
+    [[noreturn]] static void ThrowTooLong();
+
     union
     {
         const char* text_ = nullptr;

@@ -249,7 +249,7 @@ std::string_view SchemaLine::ReadEscaped(const char* begin, SchemaArena& arena)
     throw std::runtime_error("Unterminated schema token.");
 }
 
-void SchemaLine::RequireEnd() const
+void SchemaLine::RequireBlanks() const
 {
     for (const char* at = at_; at != end_; ++at)
     {

@@ -69,11 +69,18 @@ public:
     std::string_view ReadQuoted(SchemaArena& arena);
 
     /// Requires that nothing but white space follows.
-    void RequireEnd() const;
+    void RequireEnd() const
+    {
+        if (at_ != end_)
+        {
+            RequireBlanks();
+        }
+    }
 
     std::string_view Remaining() const noexcept { return {at_, static_cast<std::size_t>(end_ - at_)}; }
 
 private:
+    void RequireBlanks() const;
     std::string_view ReadEscaped(const char* begin, SchemaArena& arena);
 
     const char* begin_;
