@@ -20,7 +20,8 @@ struct FileStamp
     friend bool operator==(const FileStamp&, const FileStamp&) = default;
 };
 
-/// The stamp of the file that `path` names, links followed; nothing if it can't be had.
+/// The stamp of the file that `path` names, links followed; nothing if it can't be had, which `errno` then
+/// tells the reason of.
 std::optional<FileStamp> ReadFileStamp(const std::filesystem::path& path) noexcept;
 
 /// The same for a name in a folder that is open as `folder`.
