@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <optional>
 
+struct stat;
+
 namespace Vornu::Platform
 {
 
@@ -26,5 +28,7 @@ std::optional<FileStamp> ReadFileStamp(const std::filesystem::path& path) noexce
 
 /// The same for a name in a folder that is open as `folder`.
 std::optional<FileStamp> ReadFileStampAt(int folder, const char* name) noexcept;
+
+FileStamp StampOf(const struct ::stat& status) noexcept;
 
 } // namespace Vornu::Platform

@@ -123,10 +123,11 @@ private:
             return true;
         }
         const std::filesystem::path backup = FreeBackupPath(input_, version_);
-        const Platform::FileResult copied = Platform::CopyFileExclusive(input_, backup);
+        const Platform::FileResult copied = Platform::CopyFileExclusive(input_, backup, stamp_);
         if (!copied.Succeeded())
         {
-            return Fail("could not write backup " + backup.native() + ": " + copied.message);
+            return RequireUnchangedInput() &&
+                   Fail("could not write backup " + backup.native() + ": " + copied.message);
         }
         result_.backupPath = backup;
         return true;
