@@ -94,8 +94,7 @@ private:
         {
             return Fail("legacy read failed: " + error);
         }
-        // The reader goes on without an asset that it can't look at, and the file would lose what it says of
-        // it.
+        // The reader goes on without an asset that it can't look at, and the reference to it would be lost.
         if (const std::string fault = faults.First(assets_.RootPath()); !fault.empty())
         {
             return Fail("legacy read failed: could not read " + fault);
