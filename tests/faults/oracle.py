@@ -3,7 +3,7 @@
 import dataclasses
 import re
 
-from runs import DEATHS, TEMPORARY, TRANSFERS, Run
+from runs import DEATHS, OUTPUT, TEMPORARY, TRANSFERS, Run
 
 # Calls that are tried again when a signal interrupts them.
 RETRIED = ("open", "openat", *TRANSFERS, "fsync", "close", "flock")
@@ -106,7 +106,7 @@ class Oracle:
     def check_report(self):
         run, base = self.outcome.run, self.base.run
         as_undisturbed = run == base and self.strip(self.outcome.after) == self.strip(self.base.after)
-        lost_output = self.call.paths[0].startswith("pipe:") and self.call.name == "write"
+        lost_output = self.call.paths[0].startswith("/" + OUTPUT[0]) and self.call.name == "write"
         if self.kind == "short" or (self.kind == "EINTR" and self.call.name in RETRIED and not lost_output):
             self.require(as_undisturbed, "had an effect")
             return

@@ -16,6 +16,7 @@ DEATHS = {"kill": -signal.SIGKILL, "term": -signal.SIGTERM}
 SHORT = ("short", "full")
 WRITES = ("write", "pwrite64")
 TRANSFERS = ("read", "pread64", *WRITES)
+OUTPUT = ("standard-output", "standard-error")  # names of files in a workplace
 PATIENCE = 60  # seconds; a run takes hundredths of one
 
 TEMPORARY = re.compile(
@@ -95,6 +96,7 @@ class Workplace:
         self.folder = os.path.realpath(folder)
         self.root = os.path.join(self.folder, "project")
         self.log = os.path.join(self.folder, "calls")
+        self.started = 0
         # An engine root of its own, so that the program writes nowhere else.
         self.engine = os.path.join(self.folder, "engine")
         os.makedirs(os.path.join(self.engine, "bin"), exist_ok=True)
@@ -119,24 +121,34 @@ class Workplace:
                 os.remove(self.log)
             environment.update(LD_PRELOAD=self.injector, VORNU_FAULT_LOG=self.log, VORNU_FAULT_AT=str(at))
             environment["VORNU_FAULT_KIND"] = str(ERRORS.get(kind, kind))
-        return subprocess.Popen(
-            [os.path.join(self.engine, "bin", scenario.program), *scenario.arguments],
-            cwd=self.root,
-            env=environment,
-            stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE,
-            stderr=subprocess.PIPE,
-        )
+        # Files, as pipes of the sanitizers couldn't be told from those for the output.
+        self.started += 1
+        names = [os.path.join(self.folder, name + str(self.started % 2)) for name in OUTPUT]
+        with open(names[0], "wb") as out, open(names[1], "wb") as err:
+            process = subprocess.Popen(
+                [os.path.join(self.engine, "bin", scenario.program), *scenario.arguments],
+                cwd=self.root,
+                env=environment,
+                stdin=subprocess.DEVNULL,
+                stdout=out,
+                stderr=err,
+            )
+        process.output = names
+        return process
 
     def finish(self, process):
         try:
-            out, err = process.communicate(timeout=PATIENCE)
+            process.wait(PATIENCE)
+            hint = ""
         except subprocess.TimeoutExpired:
             process.kill()
-            out, err = process.communicate()
-            err += b"vornu-upgrade: hangs\n"
-        texts = [STAMP.sub("", text.decode("utf-8", "replace").replace(self.root, "")) for text in (out, err)]
-        return Run(process.returncode, *texts)
+            process.wait()
+            hint = "vornu-upgrade: hangs\n"
+        texts = []
+        for name in process.output:
+            with open(name, encoding="utf-8", errors="replace") as file:
+                texts.append(STAMP.sub("", file.read().replace(self.root, "")))
+        return Run(process.returncode, texts[0], texts[1] + hint)
 
     def run(self, scenario, at=None, kind=None):
         return self.finish(self.start(scenario, at, kind))
@@ -150,10 +162,10 @@ class Workplace:
         calls = []
         for number, name, access, *paths in rows:
             if any(self.concerns(path) for path in paths):
-                relative = tuple(path.replace(self.root + "/", "") for path in paths)
+                relative = tuple(path.replace(self.root + "/", "").replace(self.folder, "") for path in paths)
                 calls.append(Call(int(number), name, access == "w", relative))
         return calls
 
     def concerns(self, path):
-        outside = path.startswith(("/", "socket:")) and path != "/proc/self/exe"
+        outside = path.startswith(("/", "pipe:", "socket:")) and path != "/proc/self/exe"
         return not outside or path.startswith((self.folder, "/proc/self/fd/")) or self.folder.startswith(path)
