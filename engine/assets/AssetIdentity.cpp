@@ -2,6 +2,7 @@
 
 #include "engine/core/Files.h"
 #include "engine/core/Logger.h"
+#include "engine/core/ReadFaults.h"
 
 #include <utility>
 
@@ -49,14 +50,17 @@ void WarnUnwritten(const ScanEntry& entry, const std::string& error)
 bool LoadSidecar(ScanEntry& entry, const MountedRoot& root, bool mayWrite, bool& nameIsFree)
 {
     std::string error;
-    entry.sidecar = ReadSidecar(entry.sidecarPath, &error);
+    int systemError = 0;
+    entry.sidecar = ReadSidecar(entry.sidecarPath, &error, &systemError);
     if (entry.sidecar)
     {
         return true;
     }
     Warn("Ignoring unreadable asset sidecar " + entry.sidecarPath + ": " + error +
          (root.IsWritable() ? " A new identity is assigned." : ""));
-    if (mayWrite)
+    // One that can't be read now may be read again: it stays, and the new identity is for this time only.
+    nameIsFree = Platform::TellsOfAbsence(systemError);
+    if (mayWrite && nameIsFree)
     {
         const Platform::FileResult freed = SetAside(entry.sidecarPath);
         nameIsFree = freed.Succeeded();

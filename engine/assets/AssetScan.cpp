@@ -89,11 +89,22 @@ private:
         }
         else if (found.IsLink())
         {
-            scan_.entries.push_back(MakeScanEntry(kind, found.Path()));
+            AddLinked(kind, found.Path());
         }
         else
         {
             AddEntry(kind, found);
+        }
+    }
+
+    /// A link that the system can't follow now may lead to a file that has its identity elsewhere.
+    void AddLinked(AssetKind kind, const fs::path& link)
+    {
+        std::error_code error;
+        const fs::path path = Platform::CanonicalPath(link, error);
+        if (!error)
+        {
+            scan_.entries.push_back(MakeScanEntry(kind, path));
         }
     }
 

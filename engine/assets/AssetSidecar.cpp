@@ -246,18 +246,18 @@ std::vector<fs::path> ExistingSidecars(const fs::path& asset)
     return found;
 }
 
-std::optional<AssetSidecar> ReadSidecar(const fs::path& path, std::string* error)
+std::optional<AssetSidecar> ReadSidecar(const fs::path& path, std::string* error, int* systemError)
 {
     Core::InputFile file(path);
     Core::FileBytes bytes;
-    if (!file.IsOpen())
+    const bool isRead = file.IsOpen() && file.ReadAll(bytes);
+    if (systemError != nullptr)
     {
-        Fail(error, "Cannot open sidecar.");
-        return std::nullopt;
+        *systemError = file.Error();
     }
-    if (!file.ReadAll(bytes))
+    if (!isRead)
     {
-        Fail(error, "Failed while reading sidecar.");
+        Fail(error, file.IsOpen() ? "Failed while reading sidecar." : "Cannot open sidecar.");
         return std::nullopt;
     }
     return ParseSidecar(bytes.View(), error);

@@ -56,7 +56,9 @@ bool IsSidecarFile(const std::filesystem::path& path);
 /// Those of `<asset>.vmeta`, `<asset>.materials` and `<asset>.cells` that exist.
 std::vector<std::filesystem::path> ExistingSidecars(const std::filesystem::path& asset);
 
-std::optional<AssetSidecar> ReadSidecar(const std::filesystem::path& path, std::string* error = nullptr);
+/// `systemError`, where given, gets the number of the system's error, or 0 if the file could be read.
+std::optional<AssetSidecar> ReadSidecar(const std::filesystem::path& path, std::string* error = nullptr,
+                                        int* systemError = nullptr);
 std::optional<AssetSidecar> ParseSidecar(std::string_view text, std::string* error = nullptr);
 std::string SerializeSidecar(const AssetSidecar& sidecar);
 

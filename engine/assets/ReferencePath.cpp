@@ -1,6 +1,7 @@
 #include "engine/assets/ReferencePath.h"
 
 #include "engine/core/Files.h"
+#include "engine/core/ReadFaults.h"
 #include "engine/core/Windows1252.h"
 
 #include <algorithm>
@@ -30,8 +31,12 @@ std::optional<fs::path> FindEntryIgnoringCase(const fs::path& folder, const std:
 {
     std::error_code error;
     std::optional<fs::path> match;
-    for (fs::directory_iterator entries(folder, error); !error && entries != fs::directory_iterator();
-         entries.increment(error))
+    fs::directory_iterator entries;
+    do
+    {
+        entries = fs::directory_iterator(folder, error);
+    } while (error == std::errc::interrupted);
+    for (; !error && entries != fs::directory_iterator(); entries.increment(error))
     {
         const fs::path& path = entries->path();
         if (EqualIgnoringCase(path.filename().native(), name))
@@ -43,6 +48,7 @@ std::optional<fs::path> FindEntryIgnoringCase(const fs::path& folder, const std:
             match = path;
         }
     }
+    Platform::NoteReadFault(folder, error.value());
     // An entry that wasn't seen could be a second choice.
     return error ? std::nullopt : match;
 }

@@ -46,16 +46,33 @@ bool MeansUnsupported(int error)
     }
 }
 
-int CopyBytes(const FileDescriptor& from, const FileDescriptor& to)
+/// A file to copy; where there is a stamp, it has to be the file of that.
+struct Source
 {
-    if (::lseek(from.Get(), 0, SEEK_SET) != 0)
+    FileDescriptor file;
+    std::optional<FileStamp> stamp;
+};
+
+/// What the system tells of the source; ESTALE if it isn't the one meant, or has been written since.
+int ReadStatus(const Source& from, struct stat& status)
+{
+    if (::fstat(from.file.Get(), &status) != 0)
+    {
+        return errno;
+    }
+    return !from.stamp || StampOf(status) == *from.stamp ? 0 : ESTALE;
+}
+
+int CopyBytes(const Source& from, const FileDescriptor& to)
+{
+    if (::lseek(from.file.Get(), 0, SEEK_SET) != 0)
     {
         return errno;
     }
     std::vector<char> block(kCopyBlock);
     while (true)
     {
-        const ssize_t count = ActiveFileSystemCalls().read(from.Get(), block.data(), block.size());
+        const ssize_t count = ActiveFileSystemCalls().read(from.file.Get(), block.data(), block.size());
         if (count == 0)
         {
             return 0;
@@ -75,14 +92,18 @@ int CopyBytes(const FileDescriptor& from, const FileDescriptor& to)
 }
 
 /// Bytes, attributes and a flush; `to` isn't visible under its final name yet.
-int FillCopy(const FileDescriptor& from, const FileDescriptor& to)
+int FillCopy(const Source& from, const FileDescriptor& to)
 {
     struct stat status = {};
-    if (::fstat(from.Get(), &status) != 0)
+    int error = ReadStatus(from, status);
+    if (error == 0)
     {
-        return errno;
+        error = CopyBytes(from, to);
     }
-    int error = CopyBytes(from, to);
+    if (error == 0)
+    {
+        error = ReadStatus(from, status);
+    }
     if (error == 0)
     {
         error = AdoptAttributes(to, status);
@@ -97,7 +118,7 @@ int Link(const fs::path& from, const fs::path& to, int flags)
 
 /// Copies through a file that has no name until it is complete. `unsupported` is set if this can't be done
 /// here.
-int CopyUnnamed(const FileDescriptor& from, const fs::path& destination, bool& unsupported)
+int CopyUnnamed(const Source& from, const fs::path& destination, bool& unsupported)
 {
     FileDescriptor to;
     int error = OpenDescriptor(FolderOf(destination), O_TMPFILE | O_WRONLY, kPrivateMode, to);
@@ -144,7 +165,7 @@ int CreateNamed(const fs::path& folder, fs::path& path, FileDescriptor& out)
 }
 
 /// Creates the destination itself, for file systems that can neither link nor rename without overwriting.
-int CopyInPlace(const FileDescriptor& from, const fs::path& destination)
+int CopyInPlace(const Source& from, const fs::path& destination)
 {
     FileDescriptor to;
     int error = OpenDescriptor(destination, O_WRONLY | O_CREAT | O_EXCL, kPrivateMode, to);
@@ -165,7 +186,7 @@ int CopyInPlace(const FileDescriptor& from, const fs::path& destination)
 }
 
 /// Gives a complete file its final name, which must be free.
-int Publish(const FileDescriptor& from, const fs::path& temporary, const fs::path& destination)
+int Publish(const Source& from, const fs::path& temporary, const fs::path& destination)
 {
     int error = Link(temporary, destination, 0);
     if (error == 0 || !MeansUnsupported(error))
@@ -178,7 +199,7 @@ int Publish(const FileDescriptor& from, const fs::path& temporary, const fs::pat
     return error == EINVAL || MeansUnsupported(error) ? CopyInPlace(from, destination) : error;
 }
 
-int CopyNamed(const FileDescriptor& from, const fs::path& destination)
+int CopyNamed(const Source& from, const fs::path& destination)
 {
     FileDescriptor to;
     fs::path temporary;
@@ -197,10 +218,10 @@ int CopyNamed(const FileDescriptor& from, const fs::path& destination)
     return error;
 }
 
-int CopyExclusive(const fs::path& source, const fs::path& destination)
+int CopyExclusive(const fs::path& source, const fs::path& destination, const std::optional<FileStamp>& stamp)
 {
-    FileDescriptor from;
-    int error = OpenDescriptor(source, O_RDONLY, 0, from);
+    Source from{{}, stamp};
+    int error = OpenDescriptor(source, O_RDONLY, 0, from.file);
     if (error != 0)
     {
         return error;
@@ -229,9 +250,10 @@ int CopyExclusive(const fs::path& source, const fs::path& destination)
 
 } // namespace
 
-FileResult CopyFileExclusive(const fs::path& source, const fs::path& destination)
+FileResult CopyFileExclusive(const fs::path& source, const fs::path& destination,
+                             const std::optional<FileStamp>& stamp)
 {
-    const int error = CopyExclusive(source, destination);
+    const int error = CopyExclusive(source, destination, stamp);
     return error == 0 ? FileResult{} : FileResult{FileResult::kSystemFailure, SystemErrorText(error)};
 }
 

@@ -18,9 +18,14 @@ std::optional<FileStamp> ReadFileStampAt(int folder, const char* name) noexcept
     {
         return std::nullopt;
     }
+    return StampOf(status);
+}
+
+FileStamp StampOf(const struct ::stat& status) noexcept
+{
     constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
-    return FileStamp{status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
-                     status.st_mtim.tv_sec * kNanosecondsPerSecond + status.st_mtim.tv_nsec};
+    return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+            status.st_mtim.tv_sec * kNanosecondsPerSecond + status.st_mtim.tv_nsec};
 }
 
 } // namespace Vornu::Platform

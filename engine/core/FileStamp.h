@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <optional>
 
+struct stat;
+
 namespace Vornu::Platform
 {
 
@@ -20,10 +22,13 @@ struct FileStamp
     friend bool operator==(const FileStamp&, const FileStamp&) = default;
 };
 
-/// The stamp of the file that `path` names, links followed; nothing if it can't be had.
+/// The stamp of the file that `path` names, links followed; nothing if it can't be had, which `errno` then
+/// tells the reason of.
 std::optional<FileStamp> ReadFileStamp(const std::filesystem::path& path) noexcept;
 
 /// The same for a name in a folder that is open as `folder`.
 std::optional<FileStamp> ReadFileStampAt(int folder, const char* name) noexcept;
+
+FileStamp StampOf(const struct ::stat& status) noexcept;
 
 } // namespace Vornu::Platform

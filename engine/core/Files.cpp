@@ -2,6 +2,7 @@
 
 #include "engine/core/FileDescriptor.h"
 #include "engine/core/FileSystemCalls.h"
+#include "engine/core/ReadFaults.h"
 #include "engine/core/System.h"
 
 #include <algorithm>
@@ -203,8 +204,12 @@ bool PathExists(const fs::path& path) noexcept
     {
         return false;
     }
-    return ::stat(path.c_str(), &status) == 0 ||
-           (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG);
+    if (::stat(path.c_str(), &status) == 0)
+    {
+        return true;
+    }
+    NoteReadFault(path, errno);
+    return errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG;
 }
 
 FileResult MoveToFreeName(const fs::path& source, const fs::path& destination)

@@ -1,6 +1,7 @@
 #include "engine/core/FolderWalk.h"
 
 #include "engine/core/FileDescriptor.h"
+#include "engine/core/ReadFaults.h"
 
 #include <cerrno>
 #include <memory>
@@ -35,14 +36,25 @@ FolderStream OpenStream(const std::string& folder, int flags)
 }
 
 /// Some file systems don't tell the type with the name.
-unsigned char TypeOf(int folder, const dirent& entry)
+unsigned char TypeOf(int folder, const dirent& entry, const std::string& path)
 {
     struct stat status = {};
-    if (entry.d_type != DT_UNKNOWN || ::fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
+    if (entry.d_type != DT_UNKNOWN)
     {
         return entry.d_type;
     }
+    if (::fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
+    {
+        NoteReadFault(path, errno);
+        return DT_UNKNOWN;
+    }
     return static_cast<unsigned char>(IFTODT(status.st_mode));
+}
+
+FileResult EndEarly(const std::string& path, int error)
+{
+    NoteReadFault(path, error);
+    return FileResult::SystemFailure(path, error);
 }
 
 } // namespace
@@ -60,8 +72,16 @@ bool FolderEntry::IsLink() const noexcept
 bool FolderEntry::IsRegularFile() const noexcept
 {
     struct stat status = {};
-    return type_ == DT_REG ||
-           (IsLink() && ::fstatat(folder_, name_.data(), &status, 0) == 0 && S_ISREG(status.st_mode));
+    if (!IsLink())
+    {
+        return type_ == DT_REG;
+    }
+    if (::fstatat(folder_, name_.data(), &status, 0) != 0)
+    {
+        NoteReadFault(path_, errno);
+        return false;
+    }
+    return S_ISREG(status.st_mode);
 }
 
 std::optional<FileStamp> FolderEntry::ReadStamp() const noexcept
@@ -82,7 +102,7 @@ FileResult WalkFolder(const std::filesystem::path& folder, Core::FunctionRef<voi
         flags = O_NOFOLLOW; // a folder may have become a link since it was found
         if (!stream)
         {
-            return FileResult::SystemFailure(path, errno);
+            return EndEarly(path, errno);
         }
         const std::size_t length = path.size();
         errno = 0;
@@ -94,7 +114,7 @@ FileResult WalkFolder(const std::filesystem::path& folder, Core::FunctionRef<voi
                 path.append("/").append(name);
                 const int descriptor = ::dirfd(stream.get());
                 const FolderEntry entry(descriptor, path, std::string_view(path).substr(length + 1),
-                                        TypeOf(descriptor, *found));
+                                        TypeOf(descriptor, *found, path));
                 if (entry.IsFolder())
                 {
                     waiting.push_back(path);
@@ -106,7 +126,7 @@ FileResult WalkFolder(const std::filesystem::path& folder, Core::FunctionRef<voi
         }
         if (errno != 0)
         {
-            return FileResult::SystemFailure(path, errno);
+            return EndEarly(path, errno);
         }
     }
     return {};

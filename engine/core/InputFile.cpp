@@ -1,5 +1,7 @@
 #include "engine/core/InputFile.h"
 
+#include "engine/core/ReadFaults.h"
+
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -11,23 +13,29 @@
 namespace Vornu::Core
 {
 
-InputFile::InputFile(const std::filesystem::path& path)
+InputFile::InputFile(const std::filesystem::path& path) : path_(path.native())
 {
     do
     {
         descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     } while (descriptor_ < 0 && errno == EINTR);
+    if (descriptor_ < 0)
+    {
+        error_ = errno;
+        Platform::NoteReadFault(path_, error_);
+    }
 }
 
 InputFile::InputFile(InputFile&& other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, -1)), failed_(other.failed_)
+    : path_(std::move(other.path_)), descriptor_(std::exchange(other.descriptor_, -1)), error_(other.error_)
 {
 }
 
 InputFile& InputFile::operator=(InputFile&& other) noexcept
 {
     std::swap(descriptor_, other.descriptor_);
-    std::swap(failed_, other.failed_);
+    std::swap(path_, other.path_);
+    std::swap(error_, other.error_);
     return *this;
 }
 
@@ -42,7 +50,7 @@ InputFile::~InputFile()
 std::size_t InputFile::Read(char* out, std::size_t size)
 {
     std::size_t done = 0;
-    while (done < size && !failed_)
+    while (done < size && error_ == 0)
     {
         const ssize_t count = ::read(descriptor_, out + done, size - done);
         if (count == 0)
@@ -55,7 +63,8 @@ std::size_t InputFile::Read(char* out, std::size_t size)
         }
         else if (errno != EINTR)
         {
-            failed_ = true;
+            error_ = errno;
+            Platform::NoteReadFault(path_, error_);
         }
     }
     return done;
@@ -70,7 +79,7 @@ bool InputFile::ReadAll(FileBytes& out)
     std::size_t capacity = sized ? static_cast<std::size_t>(status.st_size) + 1 : kUnknownSize;
     out.data = std::make_unique_for_overwrite<char[]>(capacity);
     out.size = Read(out.data.get(), capacity);
-    while (out.size == capacity && !failed_)
+    while (out.size == capacity && !Failed())
     {
         capacity *= 2;
         auto larger = std::make_unique_for_overwrite<char[]>(capacity);
@@ -78,12 +87,16 @@ bool InputFile::ReadAll(FileBytes& out)
         out.data = std::move(larger);
         out.size += Read(out.data.get() + out.size, capacity - out.size);
     }
-    return !failed_;
+    return !Failed();
 }
 
 void InputFile::Rewind()
 {
-    failed_ = ::lseek(descriptor_, 0, SEEK_SET) != 0;
+    if (::lseek(descriptor_, 0, SEEK_SET) != 0 && error_ == 0)
+    {
+        error_ = errno;
+        Platform::NoteReadFault(path_, error_);
+    }
 }
 
 } // namespace Vornu::Core

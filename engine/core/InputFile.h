@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace Vornu::Core
@@ -18,7 +19,8 @@ struct FileBytes
     std::string_view View() const noexcept { return {data.get(), size}; }
 };
 
-/// A file open for reading. Closes itself. A FIFO without a writer reads as empty and never blocks.
+/// A file open for reading. Closes itself. A FIFO without a writer reads as empty and never blocks. What goes
+/// wrong is noted by `NoteReadFault`.
 class InputFile
 {
 public:
@@ -31,7 +33,10 @@ public:
     bool IsOpen() const noexcept { return descriptor_ >= 0; }
 
     /// True once a read has failed; a failed read is never taken for the end of the file.
-    bool Failed() const noexcept { return failed_; }
+    bool Failed() const noexcept { return IsOpen() && error_ != 0; }
+
+    /// The error number of what went wrong first, the opening included; 0 if nothing did.
+    int Error() const noexcept { return error_; }
 
     /// Reads up to `size` bytes. Fewer come only at the end of the file or when a read fails.
     std::size_t Read(char* out, std::size_t size);
@@ -39,12 +44,13 @@ public:
     /// Reads from the present position to the end. False when a read fails.
     bool ReadAll(FileBytes& out);
 
-    /// Goes back to the first byte.
+    /// Goes back to the first byte. What has failed before stays so.
     void Rewind();
 
 private:
+    std::string path_;
     int descriptor_ = -1;
-    bool failed_ = false;
+    int error_ = 0;
 };
 
 } // namespace Vornu::Core

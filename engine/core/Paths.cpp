@@ -1,5 +1,7 @@
 #include "engine/core/Paths.h"
 
+#include "engine/core/ReadFaults.h"
+
 #include <algorithm>
 #include <system_error>
 #include <utility>
@@ -36,11 +38,17 @@ fs::path ExpandLongestPrefix(const fs::path& path)
 
 fs::path CanonicalPath(const fs::path& path)
 {
+    std::error_code ignored;
+    return CanonicalPath(path, ignored);
+}
+
+fs::path CanonicalPath(const fs::path& path, std::error_code& error)
+{
+    error.clear();
     if (path.empty())
     {
         return {};
     }
-    std::error_code error;
     fs::path result = fs::absolute(path, error);
     if (error || result.empty())
     {
@@ -48,7 +56,9 @@ fs::path CanonicalPath(const fs::path& path)
     }
     result = result.lexically_normal();
     fs::path canonical = fs::weakly_canonical(result, error);
+    NoteReadFault(result, error.value());
     result = error || canonical.empty() ? ExpandLongestPrefix(result) : std::move(canonical);
+    error = TellsOfAbsence(error.value()) ? std::error_code() : error;
     result = result.lexically_normal();
     while (!result.has_filename() && result.has_relative_path())
     {
@@ -133,7 +143,10 @@ std::optional<std::filesystem::path> FollowLinks(const std::filesystem::path& pa
         const std::filesystem::path target = std::filesystem::read_symlink(current, error);
         if (error)
         {
-            return current;
+            const bool isNoLink = error == std::errc::invalid_argument ||
+                                  error == std::errc::no_such_file_or_directory ||
+                                  error == std::errc::not_a_directory;
+            return isNoLink ? std::optional(current) : std::nullopt;
         }
         current = current.parent_path() / target;
     }

@@ -36,16 +36,17 @@ TemporaryFile::TemporaryFile(std::filesystem::path path)
         return;
     }
     slot_ = RegisterTemporaryPath(absolutePath_.c_str());
-    created_ = true;
     struct stat status = {};
     if (::fstat(file_.Get(), &status) == 0)
     {
+        created_ = true;
         device_ = status.st_dev;
         inode_ = status.st_ino;
     }
     else
     {
         error_ = errno;
+        ::unlink(absolutePath_.c_str()); // nothing could tell it from another's file later
     }
 }
 

@@ -48,7 +48,7 @@ private:
     FileDescriptor file_;
     int error_ = 0;
     int slot_ = kNoTemporarySlot;
-    bool created_ = false;
+    bool created_ = false; // and known by the two numbers
     dev_t device_ = 0;
     ino_t inode_ = 0;
 };

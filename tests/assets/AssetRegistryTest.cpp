@@ -3,6 +3,7 @@
 #include "engine/assets/AssetScan.h"
 #include "engine/core/FolderLock.h"
 #include "engine/core/Hash.h"
+#include "engine/core/ReadFaults.h"
 #include "tests/assets/LogLines.h"
 #include "tests/core/Failure.h"
 #include "tests/core/TestFolder.h"
@@ -221,6 +222,17 @@ TEST_F(AssetRegistryMount, AnUnreadableSidecarIsKept)
     EXPECT_EQ(root_.Read("a.vmat.vmeta.unreadable") + ", " + root_.Read("a.vmat.vmeta.unreadable-2"),
               "guid first, guid second");
     EXPECT_EQ(ReadSidecar(path)->guid, ContentGuid("a.vmat"));
+}
+
+TEST_F(AssetRegistryMount, ASidecarThatTheSystemFailsToReadStays)
+{
+    root_.Write("a.vmat", "");
+    fs::create_symlink("/proc/self/mem", root_ / "a.vmat.vmeta"); // opens, and fails to be read
+    const Platform::ReadFaultWatch faults;
+    assets_.Mount(root_.Path(), kAuthoring);
+    EXPECT_EQ(root_.List(), "a.vmat a.vmat.vmeta");
+    EXPECT_TRUE(fs::is_symlink(root_ / "a.vmat.vmeta"));
+    EXPECT_EQ(faults.First(root_.Path()), (root_ / "a.vmat.vmeta").string() + ": Input/output error");
 }
 
 TEST_F(AssetRegistryMount, FilesAreEnteredOneByOne)

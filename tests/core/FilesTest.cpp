@@ -273,6 +273,8 @@ TEST(CopyFileExclusive, KeepsBytesAndPermissionsAndNeverOverwrites)
         EXPECT_EQ(Text(CopyFileExclusive(folder.Path(), folder / "c")), "4 Is a directory");
         EXPECT_EQ(Text(CopyFileExclusive(folder / "a", folder / "none/c")), "4 No such file or directory");
         EXPECT_EQ(Text(CopyFileExclusive(folder / "a", "")), "4 No such file or directory");
+        EXPECT_EQ(Text(CopyFileExclusive(folder / "a", folder / "c", ReadFileStamp(folder / "b"))),
+                  "4 Stale file handle");
         EXPECT_EQ(folder.Read("b"), bytes);
         EXPECT_EQ(folder.List(), "a b");
     }

@@ -150,6 +150,20 @@ TEST(BadInput, AFileThatFailsDoesNotStopTheRun)
     EXPECT_EQ(run.exitCode, 1);
 }
 
+TEST(BadInput, NothingIsConvertedBesideAnIdentityThatCannotBeRead)
+{
+    const TestFolder folder;
+    folder.Write("a.vscene", kLegacyV3);
+    folder.Write("b.vmat", "");
+    const auto sidecar = folder / "b.vmat.vmeta";
+    std::filesystem::create_symlink("/proc/self/mem", sidecar); // opens, and fails to be read
+    EXPECT_EQ(RunScript(folder, "upgrade a.vscene").Text(),
+              "[err] FAILED   a.vscene: the content folder could not be read whole: " + sidecar.string() +
+                  ": Input/output error\n[exit] 1");
+    EXPECT_EQ(folder.List(), "a.vscene a.vscene.vmeta b.vmat b.vmat.vmeta");
+    EXPECT_EQ(folder.Read("a.vscene"), kLegacyV3);
+}
+
 TEST(BadInput, OutputThatCannotBeWrittenFailsTheRun)
 {
     const TestFolder folder;

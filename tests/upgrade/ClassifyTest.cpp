@@ -15,7 +15,7 @@ namespace
 std::string Reason(std::string_view text, bool incomplete = false)
 {
     Core::LineReader source(text, incomplete);
-    return ClassifyText(source).value_or("none");
+    return ClassifyText(source).reason.value_or("none");
 }
 
 TEST(Classify, TheVersionDecides)
@@ -73,9 +73,10 @@ TEST(Classify, ThePositionalRecordsOfTheCurrentVersion)
 
 TEST(Classify, AFailedReadIsNotTheEndOfTheFile)
 {
-    EXPECT_EQ(Reason("scene_version 6\nrotator\n", true), "positional record 'rotator' at line 2");
-    EXPECT_EQ(Reason("scene_version 2\n", true), "scene format version 2");
-    EXPECT_THROW(Reason("scene_version 6\nentity", true), std::runtime_error);
+    for (const char* const text : {"", "# head", "scene_version 2\n", "scene_version 6\nentity"})
+    {
+        EXPECT_THROW(Reason(text, true), std::runtime_error) << text;
+    }
 }
 
 TEST(InputFiles, ExtensionsOfSceneFiles)

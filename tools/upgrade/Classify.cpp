@@ -1,11 +1,14 @@
 #include "tools/upgrade/Classify.h"
 
 #include "engine/core/InputFile.h"
+#include "engine/core/ReadFaults.h"
+#include "engine/core/System.h"
 #include "engine/core/TokenReader.h"
 #include "engine/scene/SceneStage.h"
 #include "engine/scene/SceneVersionProbe.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <stdexcept>
 #include <string_view>
@@ -24,6 +27,14 @@ template<std::size_t Count>
 bool IsOneOf(std::string_view word, const std::string_view (&words)[Count])
 {
     return std::find(std::begin(words), std::end(words), word) != std::end(words);
+}
+
+void RequireRead(const Core::LineReader& source)
+{
+    if (source.Failed())
+    {
+        throw std::runtime_error("the file could not be read to its end");
+    }
 }
 
 /// Finds the first line outside schema blocks that the current format doesn't know. The source stands behind
@@ -57,43 +68,47 @@ std::optional<std::string> FindPositionalRecord(Core::LineReader& source, std::u
             return "positional record '" + std::string(word) + "' at line " + std::to_string(lineNumber);
         }
     }
-    if (source.Failed())
-    {
-        throw std::runtime_error("the file could not be read to its end");
-    }
+    RequireRead(source);
     return std::nullopt;
 }
 
 } // namespace
 
-std::optional<std::string> ClassifyFile(const std::filesystem::path& path)
+Classification Classify(const std::filesystem::path& path)
 {
     Core::InputFile file(path);
-    if (!file.IsOpen())
+    if (file.IsOpen())
     {
-        return std::nullopt;
+        Core::LineReader source(file);
+        return ClassifyText(source);
     }
-    Core::LineReader source(file);
-    return ClassifyText(source);
+    if (file.Error() == EACCES || Platform::TellsOfAbsence(file.Error()))
+    {
+        return {};
+    }
+    throw std::runtime_error("the file could not be opened: " + Platform::SystemErrorText(file.Error()));
 }
 
-std::optional<std::string> ClassifyText(Core::LineReader& source)
+std::optional<std::string> ClassifyFile(const std::filesystem::path& path)
+{
+    return Classify(path).reason;
+}
+
+Classification ClassifyText(Core::LineReader& source)
 {
     std::uint64_t lineNumber = 0;
-    const Scene::SceneVersionProbe probe = Scene::ProbeSceneVersion(source, lineNumber);
-    if (!probe.found)
+    Classification result{Scene::ProbeSceneVersion(source, lineNumber), std::nullopt};
+    RequireRead(source);
+    const Scene::SceneVersionProbe& probe = result.probe;
+    if (probe.found && probe.version >= 1 && probe.version < Scene::kSceneFormatVersion)
     {
-        return std::nullopt;
+        result.reason = "scene format version " + std::to_string(probe.version);
     }
-    if (probe.version >= 1 && probe.version < Scene::kSceneFormatVersion)
+    else if (probe.found && probe.version == Scene::kSceneFormatVersion)
     {
-        return "scene format version " + std::to_string(probe.version);
+        result.reason = FindPositionalRecord(source, lineNumber);
     }
-    if (probe.version != Scene::kSceneFormatVersion)
-    {
-        return std::nullopt;
-    }
-    return FindPositionalRecord(source, lineNumber);
+    return result;
 }
 
 } // namespace Vornu::Upgrade

@@ -77,7 +77,11 @@ private:
     void Open(const fs::path& folder)
     {
         std::error_code error;
-        fs::directory_iterator iterator(folder, error);
+        fs::directory_iterator iterator;
+        do
+        {
+            iterator = fs::directory_iterator(folder, error);
+        } while (error == std::errc::interrupted);
         if (error)
         {
             Report(folder, error);

@@ -1,14 +1,18 @@
 #include "tools/upgrade/UpgradeFile.h"
 
+#include "engine/assets/AssetManager.h"
 #include "engine/core/Backup.h"
 #include "engine/core/FileStamp.h"
+#include "engine/core/ReadFaults.h"
+#include "engine/core/System.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
 #include "engine/scene/SceneStage.h"
-#include "engine/scene/SceneVersionProbe.h"
 #include "engine/scene/legacy/LegacyReader.h"
 #include "tools/upgrade/Classify.h"
 
+#include <cerrno>
+#include <cstdint>
 #include <optional>
 #include <system_error>
 
@@ -26,10 +30,10 @@ bool IsTaken(const std::filesystem::path& path)
 }
 
 /// The first free name of `<input>.legacy-v<version>`, `...-2`, `...-3` and so on.
-std::filesystem::path FreeBackupPath(const std::filesystem::path& input)
+std::filesystem::path FreeBackupPath(const std::filesystem::path& input, std::uint32_t version)
 {
     std::filesystem::path first = input;
-    first += ".legacy-v" + std::to_string(Scene::ProbeSceneVersion(input).version);
+    first += ".legacy-v" + std::to_string(version);
     std::filesystem::path candidate = first;
     for (std::uint64_t number = 2; IsTaken(candidate); ++number)
     {
@@ -52,24 +56,24 @@ public:
 
     UpgradeResult Run()
     {
-        stamp_ = Platform::ReadFileStamp(input_);
-        const std::optional<std::string> reason = ClassifyFile(input_);
-        if (!reason)
+        stamp_ = ReadStamp();
+        const Classification found = Classify(input_);
+        version_ = found.probe.version;
+        if (!found.reason)
         {
-            ReportNotLegacy();
+            ReportNotLegacy(found.probe);
         }
         else if (Convert())
         {
             result_.status = UpgradeStatus::Converted;
-            result_.message = "converted from " + *reason;
+            result_.message = "converted from " + *found.reason;
         }
         return std::move(result_);
     }
 
 private:
-    void ReportNotLegacy()
+    void ReportNotLegacy(const Scene::SceneVersionProbe& probe)
     {
-        const Scene::SceneVersionProbe probe = Scene::ProbeSceneVersion(input_);
         if (probe.found && probe.version == Scene::kSceneFormatVersion)
         {
             result_.status = UpgradeStatus::Current;
@@ -85,9 +89,15 @@ private:
     {
         Scene::Scene scene;
         std::string error;
+        const Platform::ReadFaultWatch faults;
         if (!Scene::Legacy::Load(input_, scene, assets_, &error))
         {
             return Fail("legacy read failed: " + error);
+        }
+        // The reader goes on without an asset that it can't look at, and the reference to it would be lost.
+        if (const std::string fault = faults.First(assets_.RootPath()); !fault.empty())
+        {
+            return Fail("legacy read failed: could not read " + fault);
         }
         if (!RequireUnchangedInput() || !KeepBackup() || !RequireUnchangedInput())
         {
@@ -111,11 +121,12 @@ private:
         {
             return true;
         }
-        const std::filesystem::path backup = FreeBackupPath(input_);
-        const Platform::FileResult copied = Platform::CopyFileExclusive(input_, backup);
+        const std::filesystem::path backup = FreeBackupPath(input_, version_);
+        const Platform::FileResult copied = Platform::CopyFileExclusive(input_, backup, stamp_);
         if (!copied.Succeeded())
         {
-            return Fail("could not write backup " + backup.native() + ": " + copied.message);
+            return RequireUnchangedInput() &&
+                   Fail("could not write backup " + backup.native() + ": " + copied.message);
         }
         result_.backupPath = backup;
         return true;
@@ -124,8 +135,22 @@ private:
     /// What was read is what is going to be replaced.
     bool RequireUnchangedInput()
     {
-        return Platform::ReadFileStamp(input_) == stamp_ ||
-               Fail("the file changed on disk while it was being converted");
+        const std::optional<Platform::FileStamp> now = ReadStamp();
+        if (stampError_ != 0)
+        {
+            return Fail("the file could not be examined: " + Platform::SystemErrorText(stampError_));
+        }
+        return now == stamp_ || Fail("the file changed on disk while it was being converted");
+    }
+
+    std::optional<Platform::FileStamp> ReadStamp()
+    {
+        const std::optional<Platform::FileStamp> stamp = Platform::ReadFileStamp(input_);
+        if (!stamp && stampError_ == 0)
+        {
+            stampError_ = errno;
+        }
+        return stamp;
     }
 
     bool Fail(std::string message)
@@ -138,6 +163,8 @@ private:
     Assets::AssetManager& assets_;
     const UpgradeOptions& options_;
     std::optional<Platform::FileStamp> stamp_;
+    int stampError_ = 0; // of the first stamp that couldn't be had
+    std::uint32_t version_ = 0;
     UpgradeResult result_;
 };
 

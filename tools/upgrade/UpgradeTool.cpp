@@ -1,6 +1,7 @@
 #include "tools/upgrade/UpgradeTool.h"
 
 #include "engine/core/Logger.h"
+#include "engine/core/ReadFaults.h"
 #include "engine/core/System.h"
 #include "engine/scene/SceneSchema.h"
 #include "tools/upgrade/Classify.h"
@@ -14,6 +15,7 @@
 #include <cstdio>
 #include <exception>
 #include <optional>
+#include <stdexcept>
 #include <string>
 
 namespace Vornu::Upgrade
@@ -47,6 +49,19 @@ public:
 
     void Process(const std::filesystem::path& file)
     {
+        const Platform::ReadFaultWatch faults;
+        const std::int32_t formerFailures = failureCount_;
+        ProcessOrReport(file);
+        // A manager doesn't try again what it couldn't read; the next file gets a new one.
+        if (failureCount_ != formerFailures && !faults.First("/").empty())
+        {
+            assetManagers_.clear();
+        }
+    }
+
+private:
+    void ProcessOrReport(const std::filesystem::path& file)
+    {
         try
         {
             if (commandLine_.checkOnly)
@@ -68,7 +83,6 @@ public:
         }
     }
 
-private:
     void Check(const std::filesystem::path& file)
     {
         if (const std::optional<std::string> reason = ClassifyFile(file))
@@ -238,9 +252,15 @@ Assets::AssetManager& AssetManagerFor(const std::filesystem::path& file,
     {
         return *found->second;
     }
+    const Platform::ReadFaultWatch faults;
     auto manager = std::make_unique<Assets::AssetManager>();
     manager->Initialize(key, Assets::AssetMountMode::Authoring);
     manager->PreloadProjectAssets(nullptr);
+    // What wasn't seen would be missing from every file converted with this manager.
+    if (const std::string fault = faults.First(manager->RootPath()); !fault.empty())
+    {
+        throw std::runtime_error("the content folder could not be read whole: " + fault);
+    }
     return *assetManagers.emplace(key, std::move(manager)).first->second;
 }
 
