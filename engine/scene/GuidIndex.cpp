@@ -9,12 +9,13 @@ namespace
 {
 
 constexpr std::size_t kInitialBuckets = 8;
+constexpr std::size_t kBucketsPerPair = 2; // at least; a pair that shares its bucket costs a cache miss
 
 } // namespace
 
 void GuidIndex::Insert(const Core::Guid& guid, Entity entity)
 {
-    if (size_ >= buckets_.size())
+    if (size_ * kBucketsPerPair >= buckets_.size())
     {
         Rehash(std::max(kInitialBuckets, buckets_.size() * 2));
     }
@@ -132,9 +133,9 @@ void GuidIndex::Clear() noexcept
 void GuidIndex::Reserve(std::size_t count)
 {
     nodes_.reserve(count);
-    if (count > buckets_.size())
+    if (count * kBucketsPerPair > buckets_.size())
     {
-        Rehash(std::bit_ceil(std::max(count, kInitialBuckets)));
+        Rehash(std::bit_ceil(std::max(count * kBucketsPerPair, kInitialBuckets)));
     }
 }
 

@@ -41,7 +41,8 @@ public:
     void Reserve(std::size_t count);
 
 private:
-    struct Node
+    /// Aligned so that none lies across two cache lines.
+    struct alignas(32) Node
     {
         Core::Guid guid;
         Entity entity = kNullEntity;
