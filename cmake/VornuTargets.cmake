@@ -29,6 +29,10 @@ endfunction()
 function(vornu_program name folder library)
   add_executable(${name} ${folder}/main.cpp)
   target_link_libraries(${name} PRIVATE ${library} vornu_warnings)
+  # Finding the symbols of the C++ library would take a good part of a short run.
+  if(NOT VORNU_SANITIZE)
+    target_link_options(${name} PRIVATE $<$<CONFIG:Release>:-static-libstdc++> $<$<CONFIG:Release>:-static-libgcc>)
+  endif()
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 endfunction()
 

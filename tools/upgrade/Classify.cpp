@@ -46,7 +46,8 @@ std::optional<std::string> FindPositionalRecord(Core::LineReader& source, std::u
     while (source.ReadLine(line))
     {
         ++lineNumber;
-        if (line.empty() || line.front() == '#')
+        // Most lines are those of leaves in a block.
+        if (line.empty() || line.front() == '#' || (depth > 0 && line.starts_with("property ")))
         {
             continue;
         }
