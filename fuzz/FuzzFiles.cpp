@@ -13,18 +13,20 @@ namespace Vornu::Fuzz
 namespace
 {
 
-/// Savers flush what they write, which costs nothing in memory.
-std::filesystem::path FolderInMemory()
+/// Savers flush what they write, which costs nothing in memory. TMPDIR goes before that.
+std::filesystem::path TemporaryFolder()
 {
     const std::filesystem::path memory = "/dev/shm";
     std::error_code error;
-    return std::filesystem::is_directory(memory, error) ? memory : std::filesystem::temp_directory_path();
+    return std::getenv("TMPDIR") == nullptr && std::filesystem::is_directory(memory, error)
+               ? memory
+               : std::filesystem::temp_directory_path();
 }
 
 /// Removed when the process ends as it should.
 struct ScratchFolder
 {
-    ScratchFolder() : path(FolderInMemory() / ("vornu-fuzz-" + Core::Guid::Generate().ToString()))
+    ScratchFolder() : path(TemporaryFolder() / ("vornu-fuzz-" + Core::Guid::Generate().ToString()))
     {
         std::filesystem::create_directories(path);
         setenv("VORNU_USER_SETTINGS_DIR", (path / "user").c_str(), 1);

@@ -5,9 +5,11 @@
 namespace
 {
 
-/// The reader of old versions leaves these to the saver.
-constexpr std::string_view kRefusals[] = {"Cannot save duplicate entity GUIDs.",
-                                          "Scene hierarchy contains a cycle."};
+/// The reader leaves these to the saver: identities and parents of versions 1 to 5, assets of another kind
+/// than their field's, and lists that are longer than any file may hold.
+constexpr std::string_view kRefusals[] = {
+    "Cannot save duplicate entity GUIDs.", "Scene hierarchy contains a cycle.",
+    "Unregistered asset or mismatched asset type", "Invalid or oversized collection."};
 
 } // namespace
 
