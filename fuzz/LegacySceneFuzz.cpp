@@ -6,10 +6,12 @@ namespace
 {
 
 /// The reader leaves these to the saver: identities and parents of versions 1 to 5, assets of another kind
-/// than their field's, and lists that are longer than any file may hold.
+/// than their field's, lists that are longer than any file may hold, and what scripts may hold.
 constexpr std::string_view kRefusals[] = {
-    "Cannot save duplicate entity GUIDs.", "Scene hierarchy contains a cycle.",
-    "Unregistered asset or mismatched asset type", "Invalid or oversized collection."};
+    "Cannot save duplicate entity GUIDs.",         "Scene hierarchy contains a cycle.",
+    "Unregistered asset or mismatched asset type", "Invalid or oversized collection.",
+    "Cannot save a non-finite schema value.",      "Unsupported script field type.",
+    "Script collection exceeds its array limit.",  "Script authoring data exceeds its record budget."};
 
 } // namespace
 
