@@ -13,11 +13,20 @@ namespace Vornu::Fuzz
 namespace
 {
 
+/// Savers flush what they write, which costs nothing in memory. TMPDIR goes before that.
+std::filesystem::path TemporaryFolder()
+{
+    const std::filesystem::path memory = "/dev/shm";
+    std::error_code error;
+    return std::getenv("TMPDIR") == nullptr && std::filesystem::is_directory(memory, error)
+               ? memory
+               : std::filesystem::temp_directory_path();
+}
+
 /// Removed when the process ends as it should.
 struct ScratchFolder
 {
-    ScratchFolder()
-        : path(std::filesystem::temp_directory_path() / ("vornu-fuzz-" + Core::Guid::Generate().ToString()))
+    ScratchFolder() : path(TemporaryFolder() / ("vornu-fuzz-" + Core::Guid::Generate().ToString()))
     {
         std::filesystem::create_directories(path);
         setenv("VORNU_USER_SETTINGS_DIR", (path / "user").c_str(), 1);
@@ -40,28 +49,15 @@ std::filesystem::path ScratchFile(const std::string& name)
     return folder.path / name;
 }
 
-void WriteBytes(const std::filesystem::path& path, const std::uint8_t* data, std::size_t size)
+void WriteBytes(const std::filesystem::path& path, std::string_view bytes)
 {
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
 std::string ReadBytes(const std::filesystem::path& path)
 {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
-}
-
-Assets::AssetManager& SharedAssets()
-{
-    static const std::filesystem::path content = ScratchFile("Content");
-    static Assets::AssetManager assets;
-    [[maybe_unused]] static const bool mounted = []
-    {
-        assets.Initialize(content, Assets::AssetMountMode::Authoring);
-        return true;
-    }();
-    return assets;
 }
 
 void Require(bool holds, const std::string& what)

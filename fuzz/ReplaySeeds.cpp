@@ -11,14 +11,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 namespace
 {
 
-/// Runs the target over every file of a folder, and over every beginning of it up to a limit. Gives the
+/// Runs the target over every file below a folder, and over every beginning of it up to a limit. Gives the
 /// number of files.
 std::size_t ReplayFolder(const std::filesystem::path& folder)
 {
-    constexpr std::size_t kMaxCuts = 400;
+    constexpr std::size_t kMaxCuts = 200;
     std::size_t files = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(folder))
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
     {
+        if (!entry.is_regular_file())
+        {
+            continue;
+        }
         std::ifstream file(entry.path(), std::ios::binary);
         const std::string text{std::istreambuf_iterator<char>(file), {}};
         const std::size_t step = text.size() / kMaxCuts + 1;

@@ -33,17 +33,25 @@ std::string Write(const Reflection::SchemaRecord& record)
 /// make it too long, and reads again as the same.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
     Reflection::SchemaArena arena;
     Reflection::SchemaRecord record;
-    std::string first;
     try
     {
-        record = Parse(text, arena);
-        first = Write(record);
+        record = Parse(Fuzz::AsText(data, size), arena);
     }
     catch (const std::runtime_error&)
     {
+        return 0;
+    }
+    std::string first;
+    try
+    {
+        first = Write(record);
+    }
+    catch (const std::runtime_error& fault)
+    {
+        Fuzz::Require(std::string_view(fault.what()) == "Schema exceeds its line or record byte budget.",
+                      std::string("a record doesn't write: ") + fault.what());
         return 0;
     }
     constexpr std::string_view kWord = "component_schema";

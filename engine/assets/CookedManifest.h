@@ -16,6 +16,8 @@ struct CookedManifestDependency
 {
     std::filesystem::path path;
     std::uint64_t hash = 0;
+
+    friend bool operator==(const CookedManifestDependency&, const CookedManifestDependency&) = default;
 };
 
 /// One asset of a cooked project. What the columns between the name and the dependencies mean is the cooking
@@ -41,6 +43,8 @@ struct CookedManifestAsset
     std::string thirdText;
     std::uint32_t number32 = 0;
     std::vector<CookedManifestDependency> dependencies;
+
+    friend bool operator==(const CookedManifestAsset&, const CookedManifestAsset&) = default;
 };
 
 /// The text file at the root of cooked content that lists what was cooked.
@@ -55,6 +59,8 @@ struct CookedManifest
     std::filesystem::path outputRoot;
     bool requireCookedScenes = false;
     std::vector<CookedManifestAsset> assets;
+
+    friend bool operator==(const CookedManifest&, const CookedManifest&) = default;
 };
 
 /// Reads a manifest. On false `error`, where given, tells why, and the manifest may be partly filled.

@@ -4,7 +4,6 @@
 #include "engine/core/TokenReader.h"
 
 #include <cerrno>
-#include <cfloat>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -83,6 +82,13 @@ Float StrictFloating(std::string_view word, const std::string& function,
     return value;
 }
 
+/// The smallest normal number may stand for a smaller one that was rounded up to it.
+template<class Float>
+bool IsSurelyInRange(std::optional<Float> number)
+{
+    return number && std::isfinite(*number) && std::abs(*number) > std::numeric_limits<Float>::min();
+}
+
 } // namespace
 
 std::int32_t StrictInt(std::string_view word)
@@ -109,13 +115,13 @@ std::uint32_t StrictUnsigned(std::string_view word)
 float StrictFloat(std::string_view word)
 {
     const std::optional<float> plain = Core::ParseFloatText(word);
-    return plain && std::isnormal(*plain) ? *plain : StrictFloating<float>(word, "stof", &strtof_l);
+    return IsSurelyInRange(plain) ? *plain : StrictFloating<float>(word, "stof", &strtof_l);
 }
 
 double StrictDouble(std::string_view word)
 {
     const std::optional<double> plain = Core::ParseDoubleText(word);
-    return plain && std::isnormal(*plain) ? *plain : StrictFloating<double>(word, "stod", &strtod_l);
+    return IsSurelyInRange(plain) ? *plain : StrictFloating<double>(word, "stod", &strtod_l);
 }
 
 } // namespace Vornu::Scene::Legacy
