@@ -72,12 +72,13 @@ std::size_t ReadWholeFile(const char* path)
     return size;
 }
 
-/// The least that it takes to look at the head of every file below a folder. Gives their number.
-std::size_t Peek(std::string& path)
+/// Counts the files below a folder for which `visit(path, name)` gives true.
+template<class Visit>
+std::size_t CountFiles(std::string& path, Visit visit)
 {
     DIR* const folder = OpenFolder(path);
     const std::size_t length = path.size();
-    std::size_t files = 0;
+    std::size_t count = 0;
     while (const dirent* const entry = ::readdir(folder))
     {
         const std::string_view name = entry->d_name;
@@ -88,57 +89,46 @@ std::size_t Peek(std::string& path)
         path.append("/").append(name);
         if (entry->d_type == DT_DIR)
         {
-            files += Peek(path);
+            count += CountFiles(path, visit);
         }
         else
         {
-            std::array<char, 4096> buffer;
-            const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-            files += ::read(descriptor, buffer.data(), buffer.size()) > 0 ? 1 : 0;
-            ::close(descriptor);
+            count += visit(path.c_str(), name) ? 1 : 0;
         }
         path.resize(length);
     }
     ::closedir(folder);
-    return files;
+    return count;
 }
 
-/// The least that a mount has to ask of the system: every entry, size and time of every file, and the bytes
-/// of every sidecar. Gives the number of other files.
-std::size_t Walk(std::string& path)
+/// The least that it takes to look at the head of a file.
+bool Peek(const char* path, std::string_view)
 {
-    DIR* const folder = OpenFolder(path);
-    const std::size_t length = path.size();
-    std::size_t assets = 0;
-    while (const dirent* const entry = ::readdir(folder))
+    std::array<char, 4096> buffer;
+    const int descriptor = ::open(path, O_RDONLY | O_CLOEXEC);
+    const bool isRead = ::read(descriptor, buffer.data(), buffer.size()) > 0;
+    ::close(descriptor);
+    return isRead;
+}
+
+/// The least that a mount has to ask of the system about a file: size and time, and the bytes of a sidecar.
+/// Counts the other files.
+bool Examine(const char* path, std::string_view name)
+{
+    struct stat status = {};
+    if (::stat(path, &status) != 0)
     {
-        const std::string_view name = entry->d_name;
-        if (name == "." || name == "..")
-        {
-            continue;
-        }
-        path.append("/").append(name);
-        struct stat status = {};
-        if (entry->d_type == DT_DIR)
-        {
-            assets += Walk(path);
-        }
-        else if (::stat(path.c_str(), &status) != 0)
-        {
-            throw std::runtime_error("can't examine a file");
-        }
-        else if (!name.ends_with(".vmeta"))
-        {
-            ++assets;
-        }
-        else if (ReadWholeFile(path.c_str()) != static_cast<std::size_t>(status.st_size))
-        {
-            throw std::runtime_error("can't read a sidecar");
-        }
-        path.resize(length);
+        throw std::runtime_error("can't examine a file");
     }
-    ::closedir(folder);
-    return assets;
+    if (!name.ends_with(".vmeta"))
+    {
+        return true;
+    }
+    if (ReadWholeFile(path) != static_cast<std::size_t>(status.st_size))
+    {
+        throw std::runtime_error("can't read a sidecar");
+    }
+    return false;
 }
 
 std::chrono::nanoseconds TimeOf(std::string_view step, std::string folder, std::size_t files)
@@ -152,7 +142,7 @@ std::chrono::nanoseconds TimeOf(std::string_view step, std::string folder, std::
     }
     else
     {
-        found = step == "walk" ? Walk(folder) : Peek(folder);
+        found = CountFiles(folder, step == "walk" ? &Examine : &Peek);
     }
     const std::chrono::nanoseconds taken = std::chrono::steady_clock::now() - start;
     if (step == "mount")
