@@ -373,7 +373,7 @@ private:
                 throw std::runtime_error(kFieldNameFault);
             }
             lines_.AppendQuoted(kFieldWords[static_cast<std::size_t>(field.value.GetType())], field.name);
-            WriteValue({}, field.value, depth);
+            WriteValue("", field.value, depth);
         }
         lines_.Append("end_component_schema");
         EndLine();
