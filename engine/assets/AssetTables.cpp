@@ -4,6 +4,7 @@
 #include "engine/core/Files.h"
 #include "engine/core/Logger.h"
 #include "engine/core/Paths.h"
+#include "engine/core/ReadFaults.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -323,10 +324,15 @@ AssetId AssetTables::RegisterSubAsset(AssetKind kind, const fs::path& source, co
 SidecarEntry* AssetTables::SidecarOfSource(const fs::path& source, const std::string& sourceKey)
 {
     SidecarEntry* const known = sidecarByPathKey_.Find(sourceKey);
-    std::error_code ignored;
-    if (known != nullptr || !fs::is_regular_file(source, ignored))
+    if (known != nullptr)
     {
         return known;
+    }
+    std::error_code error;
+    if (!fs::is_regular_file(source, error))
+    {
+        Platform::NoteReadFault(source, error.value());
+        return nullptr;
     }
     const AssetKind kind = KindFromExtension(source);
     RegisterFile(kind == AssetKind::Unknown ? AssetKind::Scene : kind, source);

@@ -4,26 +4,26 @@
 #include "engine/core/System.h"
 
 #include <cerrno>
-#include <deque>
 #include <exception>
 #include <mutex>
+#include <vector>
 
 namespace Vornu::Platform
 {
 namespace
 {
 
-struct ReadFault
+struct Watches
 {
-    std::string path;
-    int error = 0;
+    std::mutex mutex;
+    std::vector<ReadFaultWatch*> list;
 };
 
-constexpr std::size_t kMostKept = 256;
-
-std::mutex mutex;
-std::deque<ReadFault> kept; // the latest
-std::size_t count = 0;      // of all
+Watches& ActiveWatches()
+{
+    static auto* const watches = new Watches; // stays until the process ends
+    return *watches;
+}
 
 } // namespace
 
@@ -38,6 +38,8 @@ bool TellsOfAbsence(int error) noexcept
     case ELOOP:
     case EINVAL:
     case EILSEQ:
+    case EISDIR:
+    case ENXIO:
         return true;
     default:
         return false;
@@ -51,46 +53,49 @@ void NoteReadFault(const std::filesystem::path& path, int error) noexcept
         return;
     }
     const int formerError = errno;
-    const std::lock_guard lock(mutex);
-    ++count;
-    try
+    Watches& watches = ActiveWatches();
+    const std::lock_guard lock(watches.mutex);
+    for (ReadFaultWatch* const watch : watches.list)
     {
-        kept.push_back({path.native(), error});
-        if (kept.size() > kMostKept)
+        try
         {
-            kept.pop_front();
+            if (watch->error_ == 0 && watch->Concerns(path, error))
+            {
+                watch->error_ = error;
+                watch->path_ = path.native();
+            }
         }
-    }
-    catch (const std::exception&) // without memory the count alone tells
-    {
+        catch (const std::exception&) // without memory it counts for every watch
+        {
+            watch->error_ = error;
+        }
     }
     errno = formerError;
 }
 
-ReadFaultWatch::ReadFaultWatch()
+ReadFaultWatch::ReadFaultWatch(const std::filesystem::path& folder) : root_(NormalizedCaseKey(folder))
 {
-    const std::lock_guard lock(mutex);
-    begin_ = count;
+    Watches& watches = ActiveWatches();
+    const std::lock_guard lock(watches.mutex);
+    watches.list.push_back(this);
 }
 
-std::string ReadFaultWatch::First(const std::filesystem::path& folder) const
+ReadFaultWatch::~ReadFaultWatch()
 {
-    const std::string root = NormalizedCaseKey(folder);
-    const std::lock_guard lock(mutex);
-    std::size_t seen = count - begin_;
-    if (seen > kept.size())
-    {
-        return folder.native() + ": " + SystemErrorText(EIO); // what it was is forgotten
-    }
-    for (auto fault = kept.end() - static_cast<std::ptrdiff_t>(seen); fault != kept.end(); ++fault)
-    {
-        const bool isForeign = !IsPathUnder(root, NormalizedCaseKey(fault->path));
-        if (!isForeign || (fault->error != EACCES && fault->error != EPERM))
-        {
-            return fault->path + ": " + SystemErrorText(fault->error);
-        }
-    }
-    return {};
+    Watches& watches = ActiveWatches();
+    const std::lock_guard lock(watches.mutex);
+    std::erase(watches.list, this);
+}
+
+std::string ReadFaultWatch::First() const
+{
+    const std::lock_guard lock(ActiveWatches().mutex);
+    return error_ == 0 ? std::string() : path_ + ": " + SystemErrorText(error_);
+}
+
+bool ReadFaultWatch::Concerns(const std::filesystem::path& path, int error) const
+{
+    return (error != EACCES && error != EPERM) || IsPathUnder(root_, NormalizedCaseKey(path));
 }
 
 } // namespace Vornu::Platform

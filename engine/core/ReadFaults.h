@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <filesystem>
 #include <string>
 
@@ -15,19 +14,27 @@ bool TellsOfAbsence(int error) noexcept;
 /// permission. What `TellsOfAbsence` is left out. Safe from any thread; keeps `errno`.
 void NoteReadFault(const std::filesystem::path& path, int error) noexcept;
 
-/// Sees the faults that are noted from its construction on, by any thread. Most readers can only go on
-/// without what they couldn't read; whoever must not take the rest for the whole asks here.
+/// Sees the faults that any thread notes while it lives. Most readers can only go on without what they
+/// couldn't read; whoever must not take the rest for the whole asks here.
 class ReadFaultWatch
 {
 public:
-    ReadFaultWatch();
+    /// That a place outside of `folder`, a canonical path, is closed to the user counts for no fault.
+    explicit ReadFaultWatch(const std::filesystem::path& folder);
+    ~ReadFaultWatch();
+    ReadFaultWatch(const ReadFaultWatch&) = delete;
+    ReadFaultWatch& operator=(const ReadFaultWatch&) = delete;
 
-    /// The first fault, "<path>: <system text>"; empty if there was none. That a place outside of `folder` is
-    /// closed to the user counts for none.
-    std::string First(const std::filesystem::path& folder) const;
+    /// The first fault, "<path>: <system text>"; empty if there was none.
+    std::string First() const;
 
 private:
-    std::size_t begin_;
+    friend void NoteReadFault(const std::filesystem::path& path, int error) noexcept;
+    bool Concerns(const std::filesystem::path& path, int error) const;
+
+    std::string root_;
+    std::string path_; // of the first fault; empty when there was no memory to keep it
+    int error_ = 0;
 };
 
 } // namespace Vornu::Platform

@@ -14,7 +14,8 @@ namespace Vornu::Reflection
 /// from `source`. `lineNumber` goes up by one for every line read.
 ///
 /// With `keepLines` the lines outlive the record, which then refers to them; otherwise its texts are copied
-/// into the arena. Throws `std::runtime_error` on any fault.
+/// into the arena. Names of fields of registered types are those of the registry, which no other thread may
+/// change meanwhile. Throws `std::runtime_error` on any fault.
 SchemaRecord ReadSchemaRecord(std::string_view headerRest, Core::LineReader& source,
                               std::uint64_t& lineNumber, SchemaArena& arena, bool keepLines);
 

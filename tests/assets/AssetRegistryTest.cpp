@@ -228,11 +228,11 @@ TEST_F(AssetRegistryMount, ASidecarThatTheSystemFailsToReadStays)
 {
     root_.Write("a.vmat", "");
     fs::create_symlink("/proc/self/mem", root_ / "a.vmat.vmeta"); // opens, and fails to be read
-    const Platform::ReadFaultWatch faults;
+    const Platform::ReadFaultWatch faults(root_.Path());
     assets_.Mount(root_.Path(), kAuthoring);
     EXPECT_EQ(root_.List(), "a.vmat a.vmat.vmeta");
     EXPECT_TRUE(fs::is_symlink(root_ / "a.vmat.vmeta"));
-    EXPECT_EQ(faults.First(root_.Path()), (root_ / "a.vmat.vmeta").string() + ": Input/output error");
+    EXPECT_EQ(faults.First(), (root_ / "a.vmat.vmeta").string() + ": Input/output error");
 }
 
 TEST_F(AssetRegistryMount, FilesAreEnteredOneByOne)

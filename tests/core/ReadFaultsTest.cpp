@@ -12,29 +12,26 @@ namespace
 TEST(ReadFaults, AWatchSeesTheFirstThatConcernsItsFolder)
 {
     NoteReadFault("/content/before", EIO);
-    const ReadFaultWatch watch;
-    for (const int absence : {0, ENOENT, ENOTDIR, ENAMETOOLONG, ELOOP})
+    const ReadFaultWatch content("/content");
+    const ReadFaultWatch contents("/contents");
+    for (const int absence : {0, ENOENT, ENOTDIR, ENAMETOOLONG, ELOOP, EISDIR})
     {
         NoteReadFault("/content/none", absence);
     }
-    NoteReadFault("/contents/closed", EACCES);
-    EXPECT_EQ(watch.First("/content"), "");
-    NoteReadFault("/content/closed", EACCES);
-    NoteReadFault("/elsewhere", EMFILE);
-    EXPECT_EQ(watch.First("/content"), "/content/closed: Permission denied");
-    EXPECT_EQ(watch.First("/contents"), "/contents/closed: Permission denied");
-    EXPECT_EQ(watch.First("/other"), "/elsewhere: Too many open files");
-    EXPECT_EQ(ReadFaultWatch().First("/content"), "");
-}
-
-TEST(ReadFaults, AForgottenFaultStillCounts)
-{
-    const ReadFaultWatch watch;
     for (int i = 0; i < 1000; ++i)
     {
-        NoteReadFault("/elsewhere", EACCES);
+        NoteReadFault("/contents/closed", EACCES);
     }
-    EXPECT_EQ(watch.First("/content"), "/content: Input/output error");
+    EXPECT_EQ(content.First(), "");
+    EXPECT_EQ(contents.First(), "/contents/closed: Permission denied");
+    {
+        const ReadFaultWatch other("/other");
+        NoteReadFault("/elsewhere", EMFILE);
+        NoteReadFault("/content/later", EIO);
+        EXPECT_EQ(other.First(), "/elsewhere: Too many open files");
+    }
+    EXPECT_EQ(content.First(), "/elsewhere: Too many open files");
+    EXPECT_EQ(ReadFaultWatch("/content").First(), "");
 }
 
 } // namespace

@@ -89,13 +89,13 @@ private:
     {
         Scene::Scene scene;
         std::string error;
-        const Platform::ReadFaultWatch faults;
+        const Platform::ReadFaultWatch faults(assets_.RootPath());
         if (!Scene::Legacy::Load(input_, scene, assets_, &error))
         {
             return Fail("legacy read failed: " + error);
         }
         // The reader goes on without an asset that it can't look at, and the reference to it would be lost.
-        if (const std::string fault = faults.First(assets_.RootPath()); !fault.empty())
+        if (const std::string fault = faults.First(); !fault.empty())
         {
             return Fail("legacy read failed: could not read " + fault);
         }

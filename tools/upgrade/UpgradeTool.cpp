@@ -1,6 +1,7 @@
 #include "tools/upgrade/UpgradeTool.h"
 
 #include "engine/core/Logger.h"
+#include "engine/core/Paths.h"
 #include "engine/core/ReadFaults.h"
 #include "engine/core/System.h"
 #include "engine/scene/SceneSchema.h"
@@ -17,6 +18,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 namespace Vornu::Upgrade
 {
@@ -49,11 +51,10 @@ public:
 
     void Process(const std::filesystem::path& file)
     {
-        const Platform::ReadFaultWatch faults;
-        const std::int32_t formerFailures = failureCount_;
+        const Platform::ReadFaultWatch faults("/");
         ProcessOrReport(file);
         // A manager doesn't try again what it couldn't read; the next file gets a new one.
-        if (failureCount_ != formerFailures && !faults.First("/").empty())
+        if (!faults.First().empty())
         {
             assetManagers_.clear();
         }
@@ -252,12 +253,14 @@ Assets::AssetManager& AssetManagerFor(const std::filesystem::path& file,
     {
         return *found->second;
     }
-    const Platform::ReadFaultWatch faults;
+    std::error_code error;
+    const Platform::ReadFaultWatch faults(Platform::CanonicalPath(key, error));
     auto manager = std::make_unique<Assets::AssetManager>();
     manager->Initialize(key, Assets::AssetMountMode::Authoring);
     manager->PreloadProjectAssets(nullptr);
     // What wasn't seen would be missing from every file converted with this manager.
-    if (const std::string fault = faults.First(manager->RootPath()); !fault.empty())
+    const std::string fault = error ? key.native() + ": " + Platform::SystemErrorText(error) : faults.First();
+    if (!fault.empty())
     {
         throw std::runtime_error("the content folder could not be read whole: " + fault);
     }
