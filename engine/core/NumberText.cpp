@@ -2,7 +2,6 @@
 
 #include <array>
 #include <bit>
-#include <cfloat>
 #include <cstring>
 
 namespace Vornu::Core
@@ -188,10 +187,6 @@ std::optional<Float> ParseWhole(std::string_view text)
     return value;
 }
 
-constexpr std::array<double, 23> kExactPowers = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                 1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-
 /// `digits * 10^exponent`, without its sign.
 struct Decimal
 {
@@ -239,6 +234,39 @@ const char* ScanDigits(const char* at, const char* end, std::uint64_t& digits)
     return at;
 }
 
+/// The value of eight decimal digits, or no value. Two neighbours are joined at a time: eight digits to four
+/// pairs, to two numbers of four digits, to one of eight.
+std::optional<std::uint64_t> EightDigits(const char* at)
+{
+    std::uint64_t text = 0;
+    std::memcpy(&text, at, sizeof(text));
+    constexpr std::uint64_t kZeros = 0x3030303030303030;
+    constexpr std::uint64_t kHighHalves = 0xF0F0F0F0F0F0F0F0;
+    constexpr std::uint64_t kSix = 0x0606060606060606; // lifts what is above '9' out of the digits' half
+    if ((text & kHighHalves) != kZeros || ((text + kSix) & kHighHalves) != kZeros)
+    {
+        return std::nullopt;
+    }
+    text -= kZeros;
+    text = (text * 10 + (text >> 8)) & 0x00FF00FF00FF00FF;
+    text = (text * 100 + (text >> 16)) & 0x0000FFFF0000FFFF;
+    return (text * 10'000 + (text >> 32)) & 0xFFFFFFFF;
+}
+
+/// Takes the digits of a fraction, which are many as often as few.
+const char* ScanFraction(const char* at, const char* end, std::uint64_t& digits)
+{
+    if (std::endian::native == std::endian::little && end - at >= 8)
+    {
+        if (const std::optional<std::uint64_t> eight = EightDigits(at))
+        {
+            digits = digits * kLowestNineDigits + *eight;
+            at += 8;
+        }
+    }
+    return ScanDigits(at, end, digits);
+}
+
 /// Reads "digits[.digits][e[sign]digits]" with up to 19 digits. False for any other text.
 bool ScanDecimal(const char* const begin, const char* const end, Decimal& decimal)
 {
@@ -247,7 +275,7 @@ bool ScanDecimal(const char* const begin, const char* const end, Decimal& decima
     if (at != end && *at == '.')
     {
         const char* const fraction = at + 1;
-        at = ScanDigits(fraction, end, decimal.digits);
+        at = ScanFraction(fraction, end, decimal.digits);
         decimal.exponent = static_cast<int>(fraction - at);
         count += at - fraction;
     }
@@ -264,34 +292,14 @@ bool ScanDecimal(const char* const begin, const char* const end, Decimal& decima
     return true;
 }
 
-/// Up to 15 digits and small powers are exact in a double but for one rounding; a second rounding to float is
-/// safe unless the double stands beside the middle of two floats.
-std::optional<float> RoundThroughDouble(const Decimal& decimal)
+/// By the powers above. No value when the rounding can't be told, and for what is no normal float.
+std::optional<float> RoundToFloat(const Decimal& decimal)
 {
-    constexpr std::uint64_t kExactLimit = 1'000'000'000'000'000;
-    constexpr int kLargestPower = static_cast<int>(kExactPowers.size()) - 1;
-    if (decimal.digits >= kExactLimit || decimal.exponent > 0 || decimal.exponent < -kLargestPower)
+    if (decimal.digits == 0)
     {
-        return std::nullopt;
+        return 0.0f;
     }
-    double value = static_cast<double>(decimal.digits);
-    if (decimal.exponent < 0)
-    {
-        value /= kExactPowers[static_cast<std::size_t>(-decimal.exponent)];
-        const std::uint64_t tail = std::bit_cast<std::uint64_t>(value) & 0x1FFFFFFF;
-        if (tail - 0x0FFFFFFF <= 2 || (value < FLT_MIN && decimal.digits != 0))
-        {
-            return std::nullopt;
-        }
-    }
-    return static_cast<float>(value);
-}
-
-/// By the powers above: the product's true value is less than one unit of its upper word larger, so that the
-/// rounding to 24 bits is certain unless the bits behind them stand right below or at one half.
-std::optional<float> RoundByPowers(const Decimal& decimal)
-{
-    if (decimal.digits == 0 || decimal.exponent < kMinPower || decimal.exponent > kMaxPower)
+    if (decimal.exponent < kMinPower || decimal.exponent > kMaxPower)
     {
         return std::nullopt;
     }
@@ -299,16 +307,21 @@ std::optional<float> RoundByPowers(const Decimal& decimal)
     const int shift = std::countl_zero(decimal.digits);
     const Wide product = static_cast<Wide>(decimal.digits << shift) * power.mantissa;
     const auto upper = static_cast<std::uint64_t>(product >> 64);
-    const int tailBits = 40 - std::countl_zero(upper);
-    const std::uint64_t half = std::uint64_t{1} << (tailBits - 1);
-    const std::uint64_t tail = upper & (2 * half - 1);
-    if (tail == half || tail == half - 1)
+    const int missing = 1 - static_cast<int>(upper >> 63);
+    const std::uint64_t bits = upper << missing;
+    // 24 bits of mantissa, then the tail. What the power and the upper word leave out is less than two units
+    // of that word, and so less than four of the last bit here: rounding is certain but for a tail that close
+    // to one half.
+    constexpr int kTailBits = 40;
+    constexpr std::uint64_t kHalf = std::uint64_t{1} << (kTailBits - 1);
+    const std::uint64_t tail = bits & (2 * kHalf - 1);
+    if (tail - (kHalf - 4) <= 4)
     {
         return std::nullopt;
     }
-    const auto mantissa = static_cast<std::uint32_t>(upper >> tailBits) + (tail > half ? 1 : 0);
+    const auto mantissa = static_cast<std::uint32_t>((bits >> kTailBits) + (tail >> (kTailBits - 1)));
     // The value is mantissa * 2^exponent, a normal float between these limits.
-    const int exponent = power.exponent - shift + 64 + tailBits;
+    const int exponent = power.exponent - shift + 64 + kTailBits - missing;
     if (exponent < -149 || exponent > 103)
     {
         return std::nullopt;
@@ -319,18 +332,24 @@ std::optional<float> RoundByPowers(const Decimal& decimal)
 
 std::optional<float> ParseCommonFloat(std::string_view text)
 {
-    const bool negative = text.starts_with('-');
-    Decimal decimal;
-    if (!ScanDecimal(text.data() + (negative ? 1 : 0), text.data() + text.size(), decimal))
+    if (text.empty())
     {
         return std::nullopt;
     }
-    std::optional<float> value = RoundThroughDouble(decimal);
-    if (!value)
+    // A sign is as likely as none: no branch depends on it.
+    const bool negative = text.front() == '-';
+    Decimal decimal;
+    if (!ScanDecimal(text.data() + static_cast<int>(negative), text.data() + text.size(), decimal))
     {
-        value = RoundByPowers(decimal);
+        return std::nullopt;
     }
-    return value && negative ? -*value : value;
+    std::optional<float> value = RoundToFloat(decimal);
+    if (value)
+    {
+        const std::uint32_t sign = static_cast<std::uint32_t>(negative) << 31;
+        value = std::bit_cast<float>(std::bit_cast<std::uint32_t>(*value) | sign);
+    }
+    return value;
 }
 
 } // namespace
