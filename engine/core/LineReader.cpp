@@ -54,16 +54,14 @@ bool LineReader::ReadBeyondBuffer(std::string_view& line)
             std::memchr(at_ + searched, '\n', static_cast<std::size_t>(end_ - at_) - searched);
         if (feed != nullptr)
         {
-            return TakeLine(static_cast<const char*>(feed), line);
+            return TakeLine(static_cast<const char*>(feed), 1, line);
         }
     }
     if (at_ == end_ || (file_ != nullptr && file_->Failed()))
     {
         return false;
     }
-    TakeLine(end_, line);
-    at_ = end_;
-    return true;
+    return TakeLine(end_, 0, line);
 }
 
 /// Brings more bytes behind the present line's start. False at the end of the file.

@@ -36,7 +36,7 @@ public:
     {
         const auto available = static_cast<std::size_t>(end_ - at_);
         const void* const feed = available > 0 ? std::memchr(at_, '\n', available) : nullptr;
-        return feed != nullptr ? TakeLine(static_cast<const char*>(feed), line) : ReadBeyondBuffer(line);
+        return feed != nullptr ? TakeLine(static_cast<const char*>(feed), 1, line) : ReadBeyondBuffer(line);
     }
 
     /// What stands ahead, up to `size` bytes (64 KiB at most), without going on; shorter at the end of the
@@ -53,12 +53,12 @@ public:
     std::uint64_t Position() const noexcept { return base_ + static_cast<std::uint64_t>(at_ - begin_); }
 
 private:
-    /// Gives the line that ends in front of `end`; the next starts behind that character.
-    bool TakeLine(const char* end, std::string_view& line) noexcept
+    /// Gives the line up to `end`, where `feeds` line feeds stand: one, or none at the end of the text.
+    bool TakeLine(const char* end, int feeds, std::string_view& line) noexcept
     {
         const bool carriageReturn = end != at_ && end[-1] == '\r';
         line = {at_, static_cast<std::size_t>(end - at_) - (carriageReturn ? 1 : 0)};
-        at_ = end + 1;
+        at_ = end + feeds;
         return true;
     }
 
