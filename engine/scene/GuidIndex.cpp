@@ -15,9 +15,9 @@ constexpr std::size_t kBucketsPerPair = 2; // at least; a pair that shares its b
 
 void GuidIndex::Insert(const Core::Guid& guid, Entity entity)
 {
-    if (size_ * kBucketsPerPair >= buckets_.size())
+    if ((size_ + gaps_) * kBucketsPerPair >= buckets_.size())
     {
-        Rehash(std::max(kInitialBuckets, buckets_.size() * 2));
+        Rehash(std::max(kInitialBuckets, gaps_ > size_ ? buckets_.size() : buckets_.size() * 2));
     }
     const std::uint64_t hash = guid.Hash();
     Bucket& bucket = BucketOf(hash);
@@ -25,6 +25,15 @@ void GuidIndex::Insert(const Core::Guid& guid, Entity entity)
     if ((bucket.filter & FilterBit(hash)) != 0)
     {
         first = FirstOf(bucket, guid);
+    }
+    if (first != kNoNode && nodes_[first].gap)
+    {
+        nodes_[first].entity = entity;
+        nodes_[first].gap = false;
+        Remember(entity, first);
+        --gaps_;
+        ++size_;
+        return;
     }
     const std::uint32_t added = TakeNode(guid, entity);
     if (first == kNoNode)
@@ -41,7 +50,18 @@ void GuidIndex::Insert(const Core::Guid& guid, Entity entity)
         last = added;
     }
     bucket.filter |= FilterBit(hash);
+    Remember(entity, added);
     ++size_;
+}
+
+void GuidIndex::Remember(Entity entity, std::uint32_t node)
+{
+    const std::uint32_t index = EntityIndex(entity);
+    if (index >= latestNodes_.size())
+    {
+        latestNodes_.resize(index + 1, kNoNode);
+    }
+    latestNodes_[index] = node;
 }
 
 bool GuidIndex::Erase(const Core::Guid& guid, Entity entity)
@@ -50,18 +70,41 @@ bool GuidIndex::Erase(const Core::Guid& guid, Entity entity)
     {
         return false;
     }
+    if (EraseOnlyPair(guid, entity))
+    {
+        return true;
+    }
     Bucket& bucket = BucketOf(guid.Hash());
     const std::uint32_t first = FirstOf(bucket, guid);
     std::uint32_t before = kNoNode; // in the run
     for (std::uint32_t node = first; node != kNoNode; before = node, node = Next(node))
     {
-        if (nodes_[node].entity == entity)
+        if (nodes_[node].entity == entity && !nodes_[node].gap)
         {
             Unlink(bucket, first, before, node);
             return true;
         }
     }
     return false;
+}
+
+bool GuidIndex::EraseOnlyPair(const Core::Guid& guid, Entity entity)
+{
+    const std::uint32_t index = EntityIndex(entity);
+    const std::uint32_t latest = index < latestNodes_.size() ? latestNodes_[index] : kNoNode;
+    if (latest >= nodes_.size())
+    {
+        return false;
+    }
+    Node& node = nodes_[latest];
+    if (node.gap || node.last != latest || node.entity != entity || !(node.guid == guid))
+    {
+        return false;
+    }
+    node.gap = true;
+    ++gaps_;
+    --size_;
+    return true;
 }
 
 void GuidIndex::Unlink(Bucket& bucket, std::uint32_t first, std::uint32_t before, std::uint32_t node)
@@ -88,8 +131,7 @@ void GuidIndex::Unlink(Bucket& bucket, std::uint32_t first, std::uint32_t before
         }
         *link = next;
     }
-    nodes_[node].next = freeNode_;
-    freeNode_ = node;
+    FreeNode(node);
     --size_;
     if (bucket.first == kNoNode)
     {
@@ -103,7 +145,8 @@ std::uint32_t GuidIndex::First(const Core::Guid& guid) const noexcept
     {
         return kNoNode;
     }
-    return FirstOf(buckets_[guid.Hash() & (buckets_.size() - 1)], guid);
+    const std::uint32_t first = FirstOf(buckets_[guid.Hash() & (buckets_.size() - 1)], guid);
+    return first != kNoNode && nodes_[first].gap ? kNoNode : first;
 }
 
 std::uint32_t GuidIndex::FirstOf(const Bucket& bucket, const Core::Guid& guid) const noexcept
@@ -126,19 +169,23 @@ void GuidIndex::Clear() noexcept
 {
     std::fill(buckets_.begin(), buckets_.end(), Bucket{});
     nodes_.clear();
+    latestNodes_.clear();
     freeNode_ = kNoNode;
     size_ = 0;
+    gaps_ = 0;
 }
 
 void GuidIndex::Reserve(std::size_t count)
 {
     nodes_.reserve(count);
+    latestNodes_.reserve(count + 1);
     if (count * kBucketsPerPair > buckets_.size())
     {
         Rehash(std::bit_ceil(std::max(count * kBucketsPerPair, kInitialBuckets)));
     }
 }
 
+/// Leaves the gaps out.
 void GuidIndex::Rehash(std::size_t bucketCount)
 {
     std::vector<Bucket> old(bucketCount);
@@ -155,6 +202,11 @@ void GuidIndex::Rehash(std::size_t bucketCount)
         for (std::size_t i = chain.size(); i > 0; --i)
         {
             Node& node = nodes_[chain[i - 1]];
+            if (node.gap)
+            {
+                FreeNode(chain[i - 1]);
+                continue;
+            }
             const std::uint64_t hash = node.guid.Hash();
             Bucket& target = BucketOf(hash);
             node.next = target.first;
@@ -162,6 +214,7 @@ void GuidIndex::Rehash(std::size_t bucketCount)
             target.filter |= FilterBit(hash);
         }
     }
+    gaps_ = 0;
 }
 
 std::uint32_t GuidIndex::TakeNode(const Core::Guid& guid, Entity entity)
@@ -175,6 +228,13 @@ std::uint32_t GuidIndex::TakeNode(const Core::Guid& guid, Entity entity)
     freeNode_ = nodes_[node].next;
     nodes_[node] = {guid, entity};
     return node;
+}
+
+void GuidIndex::FreeNode(std::uint32_t node) noexcept
+{
+    nodes_[node].last = kNoNode; // not to be taken for one of a pair
+    nodes_[node].next = freeNode_;
+    freeNode_ = node;
 }
 
 } // namespace Vornu::Scene
