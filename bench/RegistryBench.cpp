@@ -26,35 +26,52 @@ void Fill(Scene::Registry& registry, std::size_t count)
     }
 }
 
-/// Times one operation on a registry that was filled for it.
-template<class Operation>
-void Measure(benchmark::State& state, Operation operation)
+/// Times one operation on a registry that was filled for it: `operation(registry, prepare(registry))`.
+template<class Prepare, class Operation>
+void Measure(benchmark::State& state, Prepare prepare, Operation operation)
 {
     for (auto _ : state)
     {
         Scene::Registry registry;
         Fill(registry, static_cast<std::size_t>(state.range(0)));
+        const auto entities = prepare(registry);
         const auto start = std::chrono::steady_clock::now();
-        operation(registry);
+        operation(registry, entities);
         state.SetIterationTime(
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
     }
 }
 
+std::vector<Scene::Entity> NoEntities(const Scene::Registry&)
+{
+    return {};
+}
+
+std::vector<Scene::Entity> EveryTenth(const Scene::Registry& registry)
+{
+    std::vector<Scene::Entity> entities;
+    const std::vector<Scene::Entity>& alive = registry.AliveEntities();
+    for (std::size_t i = 0; i < alive.size(); i += 10)
+    {
+        entities.push_back(alive[i]);
+    }
+    return entities;
+}
+
 void Clear(benchmark::State& state)
 {
-    Measure(state, [](Scene::Registry& registry) { registry.Clear(); });
+    Measure(state, &NoEntities,
+            [](Scene::Registry& registry, const std::vector<Scene::Entity>&) { registry.Clear(); });
 }
 
 void DestroyEveryTenth(benchmark::State& state)
 {
-    Measure(state,
-            [](Scene::Registry& registry)
+    Measure(state, &EveryTenth,
+            [](Scene::Registry& registry, const std::vector<Scene::Entity>& entities)
             {
-                const std::vector<Scene::Entity> entities = registry.AliveEntities();
-                for (std::size_t i = 0; i < entities.size(); i += 10)
+                for (const Scene::Entity entity : entities)
                 {
-                    registry.DestroyEntity(entities[i]);
+                    registry.DestroyEntity(entity);
                 }
             });
 }

@@ -150,8 +150,10 @@ def times(build, table):
 
 
 def growth(build, table):
+    """Processor time: wall time tells more about the disk and the machine's other work."""
     best = {}
-    for name, nanoseconds in best_times(f"{build}/bench/scene_bench", 5, take_turns=False).items():
+    times = best_times(f"{build}/bench/scene_bench", 5, take_turns=False, clock="cpu_time")
+    for name, nanoseconds in times.items():
         stage, shape, count, _ = name.split("/")
         best[stage, shape, int(count)] = nanoseconds
     for stage in ("load", "save", "upgrade", "verify"):
