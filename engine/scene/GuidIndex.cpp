@@ -168,8 +168,7 @@ std::uint32_t GuidIndex::Next(std::uint32_t node) const noexcept
 void GuidIndex::Clear() noexcept
 {
     std::fill(buckets_.begin(), buckets_.end(), Bucket{});
-    nodes_.clear();
-    latestNodes_.clear();
+    nodes_.clear(); // the hints stay: they are checked
     freeNode_ = kNoNode;
     size_ = 0;
     gaps_ = 0;
