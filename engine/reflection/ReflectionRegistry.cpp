@@ -153,7 +153,7 @@ void ReflectionRegistry::RequireMember(bool present, const std::string& property
     }
 }
 
-TypeInfo& ReflectionRegistry::AddProperty(TypeId owner, const std::string& typeName, PropertyInfo property)
+TypeInfo& ReflectionRegistry::AddProperty(TypeId owner, const std::string& typeName, PropertyInfo&& property)
 {
     CheckAttributes(property.name, property.schema, property.attributes);
     TypeInfo* type = Find(typesByName_, typeName);
@@ -168,7 +168,7 @@ TypeInfo& ReflectionRegistry::AddProperty(TypeId owner, const std::string& typeN
     return AppendProperty(*type, std::move(property));
 }
 
-TypeInfo& ReflectionRegistry::AddOffsetProperty(const std::string& typeName, PropertyInfo property)
+TypeInfo& ReflectionRegistry::AddOffsetProperty(const std::string& typeName, PropertyInfo&& property)
 {
     CheckAttributes(property.name, property.schema, property.attributes);
     TypeInfo* const type = Find(typesByName_, typeName);
@@ -179,7 +179,7 @@ TypeInfo& ReflectionRegistry::AddOffsetProperty(const std::string& typeName, Pro
     return AppendProperty(*type, std::move(property));
 }
 
-TypeInfo& ReflectionRegistry::AppendProperty(TypeInfo& type, PropertyInfo property)
+TypeInfo& ReflectionRegistry::AppendProperty(TypeInfo& type, PropertyInfo&& property)
 {
     if (type.FindProperty(property.name) != nullptr)
     {

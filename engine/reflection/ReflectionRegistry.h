@@ -98,7 +98,7 @@ public:
 
 private:
     template<class Value>
-    PropertyInfo MakeProperty(const std::string& name, PropertyKind kind, PropertyAttributes attributes)
+    PropertyInfo MakeProperty(const std::string& name, PropertyKind kind, PropertyAttributes&& attributes)
     {
         PropertyInfo property;
         property.name = name;
@@ -114,9 +114,9 @@ private:
     static void RequireMember(bool present, const std::string& propertyName);
     EnumSchema& RegisterEnum(TypeId type, const std::string& name, std::vector<EnumEntry> values,
                              EnumValue minimum, EnumValue maximum);
-    TypeInfo& AddProperty(TypeId owner, const std::string& typeName, PropertyInfo property);
-    TypeInfo& AddOffsetProperty(const std::string& typeName, PropertyInfo property);
-    TypeInfo& AppendProperty(TypeInfo& type, PropertyInfo property);
+    TypeInfo& AddProperty(TypeId owner, const std::string& typeName, PropertyInfo&& property);
+    TypeInfo& AddOffsetProperty(const std::string& typeName, PropertyInfo&& property);
+    TypeInfo& AppendProperty(TypeInfo& type, PropertyInfo&& property);
     std::string FindStructuralFault(const TypeInfo& type, const PropertyInfo& property) const;
 
     std::vector<std::unique_ptr<TypeInfo>> types_;

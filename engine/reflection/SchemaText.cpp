@@ -363,9 +363,15 @@ SchemaValue::Type StoredType(ValueShape shape) noexcept
 
 std::string FieldLineHead(std::string_view name, ValueShape shape)
 {
-    std::string quoted(EscapedCapacity(name.size()), '\0');
-    quoted.resize(static_cast<std::size_t>(WriteEscaped(quoted.data(), name) - quoted.data()));
-    return std::string(kFieldWords[static_cast<std::size_t>(StoredType(shape))]) + " \"" + quoted + "\"";
+    const std::string_view word = kFieldWords[static_cast<std::size_t>(StoredType(shape))];
+    std::string head(word.size() + EscapedCapacity(name.size()) + 3, '\0');
+    char* at = std::copy(word.begin(), word.end(), head.data());
+    *at++ = ' ';
+    *at++ = '"';
+    at = WriteEscaped(at, name);
+    *at++ = '"';
+    head.resize(static_cast<std::size_t>(at - head.data()));
+    return head;
 }
 
 std::string_view FormatFloat(float value, SchemaArena& arena)
