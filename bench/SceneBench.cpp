@@ -9,7 +9,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include <memory>
+#include <map>
 #include <string>
 #include <utility>
 
@@ -18,12 +18,14 @@ namespace Vornu::Bench
 namespace
 {
 
-/// The files of one row; kept for the next benchmark of the same row.
+/// The files of one row; kept, as rows take turns.
 class Fixture
 {
 public:
-    Fixture(std::size_t entities, Shape hierarchy) : entityCount(entities), shape(hierarchy)
+    explicit Fixture(const benchmark::State& state)
     {
+        const auto entityCount = static_cast<std::size_t>(state.range(0));
+        const auto shape = static_cast<Shape>(state.range(1));
         current = MakeCurrentScene(folder, entityCount, shape);
         legacy = folder.File("legacy.vscene");
         WriteText(legacy, LegacySceneText(entityCount, shape));
@@ -32,20 +34,11 @@ public:
 
     static Fixture& For(const benchmark::State& state)
     {
-        static std::unique_ptr<Fixture> fixture;
-        const auto count = static_cast<std::size_t>(state.range(0));
-        const auto hierarchy = static_cast<Shape>(state.range(1));
-        if (!fixture || fixture->entityCount != count || fixture->shape != hierarchy)
-        {
-            fixture.reset();
-            fixture = std::make_unique<Fixture>(count, hierarchy);
-        }
-        return *fixture;
+        static std::map<std::pair<long, long>, Fixture> fixtures;
+        return fixtures.try_emplace({state.range(0), state.range(1)}, state).first->second;
     }
 
     ScratchFolder folder;
-    std::size_t entityCount;
-    Shape shape;
     std::filesystem::path current;
     std::filesystem::path legacy;
     Assets::AssetManager assets;
@@ -151,15 +144,17 @@ int main(int argc, char** argv)
                         {"load", &Load},         {"upgrade", &UpgradeWhole},   {"verify", &Verify}};
     const std::pair<Shape, const char*> shapes[] = {
         {Shape::Tree, "/tree"}, {Shape::Flat, "/flat"}, {Shape::Deep, "/deep"}, {Shape::Mixed, "/mixed"}};
+    constexpr long kLargest = 100'000;
     for (const auto& [shape, shapeName] : shapes)
     {
-        for (const long count : {10'000, 100'000})
+        for (const long count : {10'000L, kLargest})
         {
             for (const Row& row : rows)
             {
                 const std::string name = std::string(row.name) + shapeName;
                 benchmark::RegisterBenchmark(name.c_str(), row.run)
                     ->Args({count, static_cast<long>(shape)})
+                    ->Iterations(kLargest / count) // a short sample would find a quiet moment more easily
                     ->Unit(benchmark::kMillisecond);
             }
         }

@@ -76,19 +76,20 @@ def best_of(times, commands, folder):
     return best
 
 
-def repeated_times(program, repetitions, take_turns=True, clock="real_time"):
-    """Nanoseconds of each repetition, by name."""
-    output = output_of([program, "--benchmark_format=json", "--benchmark_min_time=0.05",
-                        f"--benchmark_repetitions={repetitions}",
-                        f"--benchmark_enable_random_interleaving={str(take_turns).lower()}"])
+def repeated_times(program, repetitions, processes=1, clock="real_time"):
+    """Nanoseconds of each repetition of each process, by name."""
     times = {}
-    for entry in json.loads(output)["benchmarks"]:
-        if entry.get("error_occurred"):
-            raise RuntimeError(f"{entry['name']}: {entry['error_message']}")
-        if entry["run_type"] == "iteration":
-            scale = {"ns": 1, "us": 1e3, "ms": 1e6}[entry["time_unit"]]
-            name = re.sub("(/iterations:[0-9]+)?/(real|manual)_time$", "", entry["name"])
-            times.setdefault(name, []).append(entry[clock] * scale)
+    for _ in range(processes):
+        output = output_of([program, "--benchmark_format=json", "--benchmark_min_time=0.05",
+                            f"--benchmark_repetitions={repetitions}",
+                            "--benchmark_enable_random_interleaving=true"])
+        for entry in json.loads(output)["benchmarks"]:
+            if entry.get("error_occurred"):
+                raise RuntimeError(f"{entry['name']}: {entry['error_message']}")
+            if entry["run_type"] == "iteration":
+                scale = {"ns": 1, "us": 1e3, "ms": 1e6}[entry["time_unit"]]
+                name = re.sub("(/iterations:[0-9]+)?(/(real|manual)_time)?$", "", entry["name"])
+                times.setdefault(name, []).append(entry[clock] * scale)
     return times
 
 
@@ -152,7 +153,7 @@ def times(build, table):
 def growth(build, table):
     """Processor time: wall time tells more about the disk and the machine's other work."""
     best = {}
-    times = best_times(f"{build}/bench/scene_bench", 5, take_turns=False, clock="cpu_time")
+    times = best_times(f"{build}/bench/scene_bench", 9, clock="cpu_time")
     for name, nanoseconds in times.items():
         stage, shape, count, _ = name.split("/")
         best[stage, shape, int(count)] = nanoseconds
@@ -223,11 +224,8 @@ def terrain(build, table):
 def registry(build, table):
     """Medians over many processes: whether 100,000 entities find a place in the caches is luck, which a process
     keeps to its end, and the best time is the luckiest."""
-    times = {}
-    for _ in range(15):
-        for name, values in repeated_times(f"{build}/bench/registry_bench", 3).items():
-            times.setdefault(name, []).extend(values)
-    median = {name: statistics.median(values) for name, values in times.items()}
+    repetitions = repeated_times(f"{build}/bench/registry_bench", 3, processes=15)
+    median = {name: statistics.median(values) for name, values in repetitions.items()}
     for step, title in (("clear", "clear"), ("destroy", "destroying every tenth")):
         small, large = median[f"{step}/100000"] / 1e5, median[f"{step}/1000000"] / 1e6
         table.row(f"{title}, per entity, 1,000,000 over 100,000", large / small, 1.2, 1.5,
@@ -246,8 +244,11 @@ def mount(build, table):
     best = {}
     with tempfile.TemporaryDirectory() as folder:
 
-        def measure(step, what, count):
-            taken = int(output_of([f"{build}/bench/folder_bench", what, f"{folder}/{count}", str(count)]))
+        def measure(step, what, count, times=1):
+            """Notes the lowest mean of `times` runs."""
+            taken = statistics.mean(
+                int(output_of([f"{build}/bench/folder_bench", what, f"{folder}/{count}", str(count)]))
+                for _ in range(times))
             best[step, count] = min(best.get((step, count), taken), taken)
 
         for count in counts:
@@ -259,8 +260,8 @@ def mount(build, table):
                 measure("first", "mount", count)
         for _ in range(5):
             for count in counts:
-                measure("second", "mount", count)
-                measure("walk", "walk", count)
+                for step, what in (("second", "mount"), ("walk", "walk")):
+                    measure(step, what, count, times=counts[-1] // count)  # samples of equal length
     for count in counts:
         second, walk = best["second", count], best["walk", count]
         table.row(f"second mount of {count:,} assets, over walking and reading", second / walk, 2.5, 5,
