@@ -76,6 +76,7 @@ void DestroyEveryTenth(benchmark::State& state)
             });
 }
 
+// Samples of equal length.
 BENCHMARK(Clear)->Name("clear")->Arg(100'000)->Iterations(10)->UseManualTime();
 BENCHMARK(Clear)->Name("clear")->Arg(1'000'000)->Iterations(1)->UseManualTime();
 BENCHMARK(DestroyEveryTenth)->Name("destroy")->Arg(100'000)->Iterations(10)->UseManualTime();

@@ -154,7 +154,7 @@ int main(int argc, char** argv)
                 const std::string name = std::string(row.name) + shapeName;
                 benchmark::RegisterBenchmark(name.c_str(), row.run)
                     ->Args({count, static_cast<long>(shape)})
-                    ->Iterations(kLargest / count) // a short sample would find a quiet moment more easily
+                    ->Iterations(kLargest / count) // samples of equal length
                     ->Unit(benchmark::kMillisecond);
             }
         }
