@@ -2,8 +2,8 @@
 
 #include "engine/assets/AssetManager.h"
 #include "engine/core/Guid.h"
-#include "engine/core/Logger.h"
-#include "engine/core/System.h"
+#include "engine/core/logging/Logger.h"
+#include "engine/core/system/System.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
 #include "engine/scene/legacy/LegacyReader.h"

@@ -1,4 +1,4 @@
-#include "engine/core/TaskSystem.h"
+#include "engine/core/tasks/TaskSystem.h"
 
 #include <benchmark/benchmark.h>
 #include <oneapi/tbb/global_control.h>

@@ -1,6 +1,6 @@
 #include "bench/BenchScenes.h"
 #include "engine/assets/AssetManager.h"
-#include "engine/core/NumberText.h"
+#include "engine/core/text/NumberText.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
 #include "engine/scene/components/TerrainComponents.h"

@@ -1,7 +1,7 @@
 #include "fuzz/FuzzFiles.h"
 
 #include "engine/core/Guid.h"
-#include "engine/core/Logger.h"
+#include "engine/core/logging/Logger.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "engine/core/NumberText.h"
+#include "engine/core/text/NumberText.h"
 #include "fuzz/FuzzFiles.h"
 
 #include <bit>

@@ -1,5 +1,5 @@
-#include "engine/core/LineReader.h"
-#include "engine/core/TextWriter.h"
+#include "engine/core/text/LineReader.h"
+#include "engine/core/text/TextWriter.h"
 #include "engine/reflection/SchemaRecordText.h"
 #include "fuzz/FuzzFiles.h"
 

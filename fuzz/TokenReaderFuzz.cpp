@@ -1,4 +1,4 @@
-#include "engine/core/TokenReader.h"
+#include "engine/core/text/TokenReader.h"
 #include "fuzz/FuzzFiles.h"
 
 #include <cstring>

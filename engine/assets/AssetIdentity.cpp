@@ -1,8 +1,8 @@
 #include "engine/assets/AssetIdentity.h"
 
-#include "engine/core/Files.h"
-#include "engine/core/Logger.h"
-#include "engine/core/ReadFaults.h"
+#include "engine/core/files/Files.h"
+#include "engine/core/files/ReadFaults.h"
+#include "engine/core/logging/Logger.h"
 
 #include <utility>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/assets/AssetLoadRecipe.h"
-#include "engine/core/TaskSystem.h"
+#include "engine/core/tasks/TaskSystem.h"
 
 #include <atomic>
 #include <cstdint>

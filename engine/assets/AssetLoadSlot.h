@@ -2,7 +2,7 @@
 
 #include "engine/assets/AssetLoadRecipe.h"
 #include "engine/assets/AssetLoadState.h"
-#include "engine/core/TaskCounter.h"
+#include "engine/core/tasks/TaskCounter.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "engine/assets/AssetLoader.h"
 
-#include "engine/core/Logger.h"
 #include "engine/core/Profile.h"
+#include "engine/core/logging/Logger.h"
 
 #include <algorithm>
 #include <exception>

@@ -4,7 +4,7 @@
 #include "engine/assets/AssetLoadRecipe.h"
 #include "engine/assets/AssetLoadSlot.h"
 #include "engine/assets/AssetLoadState.h"
-#include "engine/core/TaskSystem.h"
+#include "engine/core/tasks/TaskSystem.h"
 
 #include <array>
 #include <cstdint>

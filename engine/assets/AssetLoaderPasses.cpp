@@ -1,6 +1,6 @@
 #include "engine/assets/AssetLoader.h"
-#include "engine/core/Logger.h"
 #include "engine/core/Profile.h"
+#include "engine/core/logging/Logger.h"
 
 #include <algorithm>
 #include <string>

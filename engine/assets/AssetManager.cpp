@@ -1,9 +1,9 @@
 #include "engine/assets/AssetManager.h"
 
-#include "engine/core/Folders.h"
-#include "engine/core/Logger.h"
 #include "engine/core/Profile.h"
-#include "engine/core/System.h"
+#include "engine/core/files/Folders.h"
+#include "engine/core/logging/Logger.h"
+#include "engine/core/system/System.h"
 
 #include <algorithm>
 #include <array>

@@ -3,7 +3,7 @@
 #include "engine/assets/AssetManager.h"
 #include "engine/assets/CookedContainer.h"
 #include "engine/assets/formats/NativeMesh.h"
-#include "engine/core/Logger.h"
+#include "engine/core/logging/Logger.h"
 
 #include <stdexcept>
 #include <string>

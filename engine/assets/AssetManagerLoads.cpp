@@ -4,7 +4,7 @@
 #include "engine/assets/CookedContainer.h"
 #include "engine/assets/formats/ImageDecoder.h"
 #include "engine/assets/formats/NativeMesh.h"
-#include "engine/core/Logger.h"
+#include "engine/core/logging/Logger.h"
 
 #include <algorithm>
 #include <memory>

@@ -2,9 +2,9 @@
 
 #include "engine/assets/AssetManager.h"
 #include "engine/assets/CookedContainer.h"
-#include "engine/core/InputFile.h"
-#include "engine/core/Logger.h"
 #include "engine/core/Profile.h"
+#include "engine/core/files/InputFile.h"
+#include "engine/core/logging/Logger.h"
 
 #include <algorithm>
 #include <array>

@@ -1,10 +1,10 @@
 #include "engine/assets/AssetReference.h"
 
 #include "engine/assets/ReferencePath.h"
-#include "engine/core/Files.h"
-#include "engine/core/Folders.h"
-#include "engine/core/Logger.h"
-#include "engine/core/Paths.h"
+#include "engine/core/files/Files.h"
+#include "engine/core/files/Folders.h"
+#include "engine/core/files/Paths.h"
+#include "engine/core/logging/Logger.h"
 
 #include <algorithm>
 #include <array>

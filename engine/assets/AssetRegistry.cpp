@@ -2,11 +2,11 @@
 
 #include "engine/assets/AssetTables.h"
 #include "engine/assets/PathHashTable.h"
-#include "engine/core/FolderLock.h"
 #include "engine/core/Hash.h"
-#include "engine/core/Logger.h"
-#include "engine/core/Paths.h"
-#include "engine/core/System.h"
+#include "engine/core/files/FolderLock.h"
+#include "engine/core/files/Paths.h"
+#include "engine/core/logging/Logger.h"
+#include "engine/core/system/System.h"
 
 #include <algorithm>
 #include <chrono>

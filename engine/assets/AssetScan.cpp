@@ -1,11 +1,11 @@
 #include "engine/assets/AssetScan.h"
 
-#include "engine/core/FileStamp.h"
-#include "engine/core/Files.h"
-#include "engine/core/FolderWalk.h"
 #include "engine/core/Hash.h"
-#include "engine/core/Logger.h"
-#include "engine/core/Paths.h"
+#include "engine/core/files/FileStamp.h"
+#include "engine/core/files/Files.h"
+#include "engine/core/files/FolderWalk.h"
+#include "engine/core/files/Paths.h"
+#include "engine/core/logging/Logger.h"
 
 #include <algorithm>
 #include <array>

@@ -1,11 +1,11 @@
 #include "engine/assets/AssetSidecar.h"
 
-#include "engine/core/Files.h"
-#include "engine/core/InputFile.h"
-#include "engine/core/LineReader.h"
-#include "engine/core/Paths.h"
-#include "engine/core/TemporaryFile.h"
-#include "engine/core/TokenReader.h"
+#include "engine/core/files/Files.h"
+#include "engine/core/files/InputFile.h"
+#include "engine/core/files/Paths.h"
+#include "engine/core/files/TemporaryFile.h"
+#include "engine/core/text/LineReader.h"
+#include "engine/core/text/TokenReader.h"
 
 #include <algorithm>
 #include <array>

@@ -1,10 +1,10 @@
 #include "engine/assets/AssetTables.h"
 
-#include "engine/core/FileDescriptor.h"
-#include "engine/core/Files.h"
-#include "engine/core/Logger.h"
-#include "engine/core/Paths.h"
-#include "engine/core/ReadFaults.h"
+#include "engine/core/files/FileDescriptor.h"
+#include "engine/core/files/Files.h"
+#include "engine/core/files/Paths.h"
+#include "engine/core/files/ReadFaults.h"
+#include "engine/core/logging/Logger.h"
 
 #include <algorithm>
 #include <unordered_set>

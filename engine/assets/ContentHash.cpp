@@ -1,6 +1,6 @@
 #include "engine/assets/ContentHash.h"
 
-#include "engine/core/InputFile.h"
+#include "engine/core/files/InputFile.h"
 
 #include <charconv>
 #include <memory>

@@ -1,12 +1,12 @@
 #include "engine/assets/CookedContainer.h"
 
 #include "engine/assets/ContentHash.h"
-#include "engine/core/ByteStream.h"
-#include "engine/core/Files.h"
 #include "engine/core/Guid.h"
-#include "engine/core/InputFile.h"
-#include "engine/core/System.h"
-#include "engine/core/TemporaryFile.h"
+#include "engine/core/files/ByteStream.h"
+#include "engine/core/files/Files.h"
+#include "engine/core/files/InputFile.h"
+#include "engine/core/files/TemporaryFile.h"
+#include "engine/core/system/System.h"
 
 #include <cstring>
 #include <system_error>

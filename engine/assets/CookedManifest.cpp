@@ -2,10 +2,10 @@
 
 #include "engine/assets/ContentHash.h"
 #include "engine/assets/CookedContainer.h"
-#include "engine/core/InputFile.h"
-#include "engine/core/LineReader.h"
-#include "engine/core/Paths.h"
-#include "engine/core/TokenReader.h"
+#include "engine/core/files/InputFile.h"
+#include "engine/core/files/Paths.h"
+#include "engine/core/text/LineReader.h"
+#include "engine/core/text/TokenReader.h"
 
 #include <algorithm>
 #include <map>

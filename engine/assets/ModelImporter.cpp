@@ -1,6 +1,6 @@
 #include "engine/assets/ModelImporter.h"
 
-#include "engine/core/System.h"
+#include "engine/core/system/System.h"
 
 #include <algorithm>
 #include <mutex>

@@ -1,8 +1,8 @@
 #include "engine/assets/PathHashTable.h"
 
 #include "engine/core/Hash.h"
-#include "engine/core/Paths.h"
-#include "engine/core/Windows1252.h"
+#include "engine/core/files/Paths.h"
+#include "engine/core/text/Windows1252.h"
 
 namespace Vornu::Assets
 {

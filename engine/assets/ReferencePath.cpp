@@ -1,8 +1,8 @@
 #include "engine/assets/ReferencePath.h"
 
-#include "engine/core/Files.h"
-#include "engine/core/ReadFaults.h"
-#include "engine/core/Windows1252.h"
+#include "engine/core/files/Files.h"
+#include "engine/core/files/ReadFaults.h"
+#include "engine/core/text/Windows1252.h"
 
 #include <algorithm>
 #include <string>

@@ -1,6 +1,6 @@
 #include "engine/reflection/SchemaRecordText.h"
 
-#include "engine/core/NumberText.h"
+#include "engine/core/text/NumberText.h"
 #include "engine/reflection/ReflectionRegistry.h"
 #include "engine/reflection/SchemaText.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/core/LineReader.h"
-#include "engine/core/TextWriter.h"
+#include "engine/core/text/LineReader.h"
+#include "engine/core/text/TextWriter.h"
 #include "engine/reflection/SchemaRecord.h"
 
 #include <cstdint>

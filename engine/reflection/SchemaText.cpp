@@ -1,8 +1,8 @@
 #include "engine/reflection/SchemaText.h"
 
-#include "engine/core/ByteScan.h"
-#include "engine/core/NumberText.h"
-#include "engine/core/TokenReader.h"
+#include "engine/core/text/ByteScan.h"
+#include "engine/core/text/NumberText.h"
+#include "engine/core/text/TokenReader.h"
 
 #include <glm/gtc/quaternion.hpp>
 #include <glm/vec2.hpp>

@@ -1,8 +1,8 @@
 #include "engine/scene/CookedScene.h"
 
 #include "engine/assets/CookedContainer.h"
-#include "engine/core/ByteStream.h"
-#include "engine/core/InputFile.h"
+#include "engine/core/files/ByteStream.h"
+#include "engine/core/files/InputFile.h"
 #include "engine/reflection/SchemaText.h"
 #include "engine/scene/EntityRecordStage.h"
 

@@ -1,7 +1,7 @@
 #include "engine/scene/MissingComponents.h"
 
-#include "engine/core/Ascii.h"
-#include "engine/core/Logger.h"
+#include "engine/core/logging/Logger.h"
+#include "engine/core/text/Ascii.h"
 
 #include <algorithm>
 #include <atomic>

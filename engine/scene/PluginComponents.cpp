@@ -1,6 +1,6 @@
 #include "engine/scene/PluginComponents.h"
 
-#include "engine/core/Ascii.h"
+#include "engine/core/text/Ascii.h"
 #include "engine/reflection/ReflectionRegistry.h"
 #include "engine/scene/ComponentRegistry.h"
 #include "engine/scene/DynamicComponentSlot.h"

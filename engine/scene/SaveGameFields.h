@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/core/ByteStream.h"
 #include "engine/core/Guid.h"
+#include "engine/core/files/ByteStream.h"
 #include "engine/scene/Entity.h"
 
 #include <glm/vec3.hpp>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engine/core/Guid.h"
-#include "engine/core/InputFile.h"
-#include "engine/core/LineReader.h"
+#include "engine/core/files/InputFile.h"
+#include "engine/core/text/LineReader.h"
 #include "engine/reflection/SchemaRecord.h"
 
 #include <cstdint>

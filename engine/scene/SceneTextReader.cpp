@@ -1,4 +1,4 @@
-#include "engine/core/TokenReader.h"
+#include "engine/core/text/TokenReader.h"
 #include "engine/reflection/SchemaRecordText.h"
 #include "engine/reflection/SchemaText.h"
 #include "engine/scene/SceneStage.h"

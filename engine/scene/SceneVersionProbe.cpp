@@ -1,9 +1,9 @@
 #include "engine/scene/SceneVersionProbe.h"
 
 #include "engine/assets/CookedContainer.h"
-#include "engine/core/ByteStream.h"
-#include "engine/core/InputFile.h"
-#include "engine/core/TokenReader.h"
+#include "engine/core/files/ByteStream.h"
+#include "engine/core/files/InputFile.h"
+#include "engine/core/text/TokenReader.h"
 
 #include <cstddef>
 #include <span>

@@ -4,7 +4,7 @@
 #include "engine/assets/formats/CookedModel.h"
 #include "engine/assets/formats/ImageDecoder.h"
 #include "engine/assets/formats/NativeMesh.h"
-#include "engine/core/Logger.h"
+#include "engine/core/logging/Logger.h"
 #include "tests/core/TestFolder.h"
 
 #include <gtest/gtest.h>

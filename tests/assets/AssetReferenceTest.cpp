@@ -1,7 +1,7 @@
 #include "engine/assets/AssetReference.h"
 
-#include "engine/core/Folders.h"
 #include "engine/core/Hash.h"
+#include "engine/core/files/Folders.h"
 #include "tests/assets/LogLines.h"
 #include "tests/core/Failure.h"
 #include "tests/core/TestFolder.h"

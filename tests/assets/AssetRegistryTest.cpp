@@ -1,9 +1,9 @@
 #include "engine/assets/AssetRegistry.h"
 
 #include "engine/assets/AssetScan.h"
-#include "engine/core/FolderLock.h"
 #include "engine/core/Hash.h"
-#include "engine/core/ReadFaults.h"
+#include "engine/core/files/FolderLock.h"
+#include "engine/core/files/ReadFaults.h"
 #include "tests/assets/LogLines.h"
 #include "tests/core/Failure.h"
 #include "tests/core/TestFolder.h"

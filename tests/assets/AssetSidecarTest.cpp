@@ -1,6 +1,6 @@
 #include "engine/assets/AssetSidecar.h"
 
-#include "engine/core/FileSystemCalls.h"
+#include "engine/core/files/FileSystemCalls.h"
 #include "tests/core/TestFolder.h"
 
 #include <gtest/gtest.h>

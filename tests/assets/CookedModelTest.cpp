@@ -1,6 +1,6 @@
 #include "engine/assets/formats/CookedModel.h"
 #include "engine/assets/CookedContainer.h"
-#include "engine/core/ByteStream.h"
+#include "engine/core/files/ByteStream.h"
 
 #include <gtest/gtest.h>
 

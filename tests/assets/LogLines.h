@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/core/Logger.h"
+#include "engine/core/logging/Logger.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include "engine/assets/BuiltinMeshes.h"
 #include "engine/assets/CookedContainer.h"
 #include "engine/assets/formats/NativeMesh.h"
-#include "engine/core/Files.h"
+#include "engine/core/files/Files.h"
 
 #include <glm/geometric.hpp>
 #include <gtest/gtest.h>

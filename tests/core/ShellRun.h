@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/core/Process.h"
+#include "engine/core/process/Process.h"
 #include "tests/core/TestFolder.h"
 
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/core/Files.h"
+#include "engine/core/files/Files.h"
 
 #include <gtest/gtest.h>
 

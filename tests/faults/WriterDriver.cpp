@@ -5,7 +5,7 @@
 #include "engine/assets/AssetSidecar.h"
 #include "engine/assets/CookedContainer.h"
 #include "engine/assets/CookedManifest.h"
-#include "engine/core/Signals.h"
+#include "engine/core/system/Signals.h"
 #include "engine/scene/CookedScene.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"

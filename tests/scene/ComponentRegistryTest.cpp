@@ -1,6 +1,6 @@
 #include "engine/scene/ComponentRegistry.h"
 
-#include "engine/core/Logger.h"
+#include "engine/core/logging/Logger.h"
 #include "engine/scene/ComponentBuilder.h"
 #include "engine/scene/EntityRecordStage.h"
 #include "engine/scene/MissingComponents.h"

@@ -2,7 +2,7 @@
 
 #include "engine/assets/AssetManager.h"
 #include "engine/assets/CookedContainer.h"
-#include "engine/core/ByteStream.h"
+#include "engine/core/files/ByteStream.h"
 #include "engine/scene/EntityRecordStage.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"

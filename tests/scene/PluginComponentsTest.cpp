@@ -1,6 +1,6 @@
 #include "engine/scene/PluginComponents.h"
 
-#include "engine/core/Logger.h"
+#include "engine/core/logging/Logger.h"
 #include "engine/scene/ComponentBuilder.h"
 #include "engine/scene/EntityCopy.h"
 #include "engine/scene/SceneSchema.h"

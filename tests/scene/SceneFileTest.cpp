@@ -1,7 +1,7 @@
 #include "engine/scene/SceneFile.h"
 
 #include "engine/assets/AssetManager.h"
-#include "engine/core/FileSystemCalls.h"
+#include "engine/core/files/FileSystemCalls.h"
 #include "engine/scene/PreservedRecordSet.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneStage.h"

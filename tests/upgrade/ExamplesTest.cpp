@@ -1,5 +1,5 @@
 #include "engine/assets/AssetManager.h"
-#include "engine/core/Logger.h"
+#include "engine/core/logging/Logger.h"
 #include "engine/scene/CookedScene.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"

@@ -1,8 +1,8 @@
 #include "tools/upgrade/UpgradeFile.h"
 
 #include "engine/assets/AssetManager.h"
-#include "engine/core/FileSystemCalls.h"
-#include "engine/core/Logger.h"
+#include "engine/core/files/FileSystemCalls.h"
+#include "engine/core/logging/Logger.h"
 #include "tests/upgrade/ToolRun.h"
 #include "tools/upgrade/VerifyRoundTrip.h"
 

@@ -1,6 +1,6 @@
 #include "tools/schema/SchemaMarkdown.h"
 
-#include "engine/core/NumberText.h"
+#include "engine/core/text/NumberText.h"
 #include "tools/schema/MarkdownTable.h"
 #include "tools/schema/SchemaNames.h"
 

@@ -1,6 +1,6 @@
 #include "tools/schema/SchemaNames.h"
 
-#include "engine/core/NumberText.h"
+#include "engine/core/text/NumberText.h"
 
 #include <array>
 #include <charconv>

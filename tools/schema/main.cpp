@@ -1,4 +1,4 @@
-#include "engine/core/Signals.h"
+#include "engine/core/system/Signals.h"
 #include "tools/schema/SchemaTool.h"
 
 #include <string_view>

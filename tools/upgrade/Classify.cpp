@@ -1,9 +1,9 @@
 #include "tools/upgrade/Classify.h"
 
-#include "engine/core/InputFile.h"
-#include "engine/core/ReadFaults.h"
-#include "engine/core/System.h"
-#include "engine/core/TokenReader.h"
+#include "engine/core/files/InputFile.h"
+#include "engine/core/files/ReadFaults.h"
+#include "engine/core/system/System.h"
+#include "engine/core/text/TokenReader.h"
 #include "engine/scene/SceneStage.h"
 #include "engine/scene/SceneVersionProbe.h"
 

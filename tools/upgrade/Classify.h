@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/core/LineReader.h"
+#include "engine/core/text/LineReader.h"
 #include "engine/scene/SceneVersionProbe.h"
 
 #include <filesystem>

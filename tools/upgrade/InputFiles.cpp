@@ -1,6 +1,6 @@
 #include "tools/upgrade/InputFiles.h"
 
-#include "engine/core/System.h"
+#include "engine/core/system/System.h"
 
 #include <system_error>
 

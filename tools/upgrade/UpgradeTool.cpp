@@ -1,9 +1,9 @@
 #include "tools/upgrade/UpgradeTool.h"
 
-#include "engine/core/Logger.h"
-#include "engine/core/Paths.h"
-#include "engine/core/ReadFaults.h"
-#include "engine/core/System.h"
+#include "engine/core/files/Paths.h"
+#include "engine/core/files/ReadFaults.h"
+#include "engine/core/logging/Logger.h"
+#include "engine/core/system/System.h"
 #include "engine/scene/SceneSchema.h"
 #include "tools/upgrade/Classify.h"
 #include "tools/upgrade/CommandLine.h"

@@ -1,9 +1,9 @@
 #include "tools/upgrade/VerifyRoundTrip.h"
 
 #include "engine/core/Guid.h"
-#include "engine/core/InputFile.h"
-#include "engine/core/Signals.h"
-#include "engine/core/System.h"
+#include "engine/core/files/InputFile.h"
+#include "engine/core/system/Signals.h"
+#include "engine/core/system/System.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
 

@@ -1,5 +1,5 @@
-#include "engine/core/Signals.h"
-#include "engine/core/System.h"
+#include "engine/core/system/Signals.h"
+#include "engine/core/system/System.h"
 #include "tools/upgrade/UpgradeTool.h"
 
 #include <string_view>

@@ -1,7 +1,7 @@
 #include "engine/assets/formats/CookedModel.h"
 
 #include "engine/assets/CookedContainer.h"
-#include "engine/core/ByteStream.h"
+#include "engine/core/files/ByteStream.h"
 
 #include <cstdint>
 #include <limits>

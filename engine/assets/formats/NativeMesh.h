@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/assets/MeshAsset.h"
-#include "engine/core/ByteStream.h"
+#include "engine/core/files/ByteStream.h"
 
 #include <cstddef>
 #include <cstdint>

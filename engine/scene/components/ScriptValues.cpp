@@ -1,6 +1,6 @@
 #include "engine/scene/components/ScriptValues.h"
 
-#include "engine/core/NumberText.h"
+#include "engine/core/text/NumberText.h"
 #include "engine/reflection/SchemaCodec.h"
 #include "engine/reflection/SchemaText.h"
 

@@ -2,9 +2,9 @@
 
 #include "engine/assets/AssetManager.h"
 #include "engine/assets/AssetReference.h"
-#include "engine/core/InputFile.h"
-#include "engine/core/LineReader.h"
-#include "engine/core/TokenReader.h"
+#include "engine/core/files/InputFile.h"
+#include "engine/core/text/LineReader.h"
+#include "engine/core/text/TokenReader.h"
 #include "engine/reflection/SchemaCodec.h"
 #include "engine/reflection/SchemaRecordText.h"
 #include "engine/scene/Environment.h"

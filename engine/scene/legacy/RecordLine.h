@@ -2,7 +2,7 @@
 
 #include "engine/assets/AssetId.h"
 #include "engine/core/Guid.h"
-#include "engine/core/TokenReader.h"
+#include "engine/core/text/TokenReader.h"
 
 #include <glm/vec2.hpp>
 #include <glm/vec3.hpp>

@@ -1,5 +1,5 @@
 #include "engine/assets/AssetReference.h"
-#include "engine/core/NumberText.h"
+#include "engine/core/text/NumberText.h"
 #include "engine/scene/legacy/Records.h"
 #include "engine/scene/legacy/StrictNumbers.h"
 

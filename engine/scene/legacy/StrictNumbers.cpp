@@ -1,7 +1,7 @@
 #include "engine/scene/legacy/StrictNumbers.h"
 
-#include "engine/core/NumberText.h"
-#include "engine/core/TokenReader.h"
+#include "engine/core/text/NumberText.h"
+#include "engine/core/text/TokenReader.h"
 
 #include <cerrno>
 #include <cmath>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/assets/AssetManager.h"
-#include "engine/core/Logger.h"
+#include "engine/core/logging/Logger.h"
 #include "engine/scene/ComponentRegistry.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"

@@ -1,7 +1,7 @@
 #include "engine/assets/AssetManager.h"
 #include "engine/assets/AssetReference.h"
 #include "engine/assets/formats/NativeMesh.h"
-#include "engine/core/Logger.h"
+#include "engine/core/logging/Logger.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
 #include "engine/scene/components/RenderingComponents.h"

@@ -1,0 +1,131 @@
+#include "engine/core/files/FileDescriptor.h"
+
+#include "engine/core/files/FileSystemCalls.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace Vornu::Platform
+{
+
+FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept
+{
+    if (this != &other)
+    {
+        Close();
+        value_ = other.Release();
+    }
+    return *this;
+}
+
+int FileDescriptor::Release() noexcept
+{
+    const int value = value_;
+    value_ = -1;
+    return value;
+}
+
+int FileDescriptor::Close() noexcept
+{
+    // An interrupted close has freed the descriptor all the same, so there is nothing to retry.
+    if (!IsOpen() || ActiveFileSystemCalls().close(Release()) == 0 || errno == EINTR)
+    {
+        return 0;
+    }
+    return errno;
+}
+
+int OpenDescriptor(const std::filesystem::path& path, int flags, mode_t mode, FileDescriptor& out) noexcept
+{
+    int value = -1;
+    do
+    {
+        value = ActiveFileSystemCalls().open(path.c_str(), flags | O_CLOEXEC, mode);
+    } while (value < 0 && errno == EINTR);
+    if (value < 0)
+    {
+        return errno;
+    }
+    out = FileDescriptor(value);
+    return 0;
+}
+
+int WriteAll(const FileDescriptor& file, std::string_view bytes) noexcept
+{
+    while (!bytes.empty())
+    {
+        const ssize_t count = ActiveFileSystemCalls().write(file.Get(), bytes.data(), bytes.size());
+        if (count > 0)
+        {
+            bytes.remove_prefix(static_cast<std::size_t>(count));
+        }
+        else if (count == 0)
+        {
+            return EIO;
+        }
+        else if (errno != EINTR)
+        {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+int Flush(const FileDescriptor& file) noexcept
+{
+    while (ActiveFileSystemCalls().fsync(file.Get()) != 0)
+    {
+        if (errno != EINTR)
+        {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+int OpenFolder(const std::filesystem::path& folder, FileDescriptor& out) noexcept
+{
+    const int error = OpenDescriptor(folder, O_RDONLY | O_DIRECTORY, 0, out);
+    return error == EACCES || error == EPERM ? 0 : error;
+}
+
+int FlushFolder(const FileDescriptor& folder) noexcept
+{
+    const int error = folder.IsOpen() ? Flush(folder) : 0;
+    return error == EINVAL || error == ENOTSUP || error == EBADF ? 0 : error;
+}
+
+int AdoptAttributes(const FileDescriptor& file, const struct stat& model) noexcept
+{
+    struct stat own = {};
+    if (::fstat(file.Get(), &own) != 0)
+    {
+        return errno;
+    }
+    bool sameOwner = own.st_uid == model.st_uid && own.st_gid == model.st_gid;
+    if (!sameOwner)
+    {
+        sameOwner = ::fchown(file.Get(), model.st_uid, model.st_gid) == 0;
+        if (!sameOwner && own.st_gid != model.st_gid)
+        {
+            // Only the superuser gives files away, but an owner may hand a file to a group of its own.
+            [[maybe_unused]] const int ignored = ::fchown(file.Get(), static_cast<uid_t>(-1), model.st_gid);
+        }
+    }
+    // The set-id bits mean the owner they were given for, and no other.
+    const mode_t wanted = model.st_mode & (sameOwner ? 07777u : 0777u);
+    if (::fstat(file.Get(), &own) != 0)
+    {
+        return errno;
+    }
+    return (own.st_mode & 07777u) == wanted || ::fchmod(file.Get(), wanted) == 0 ? 0 : errno;
+}
+
+std::filesystem::path FolderOf(const std::filesystem::path& path)
+{
+    return path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
+}
+
+} // namespace Vornu::Platform
