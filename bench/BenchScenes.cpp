@@ -1,6 +1,6 @@
 #include "bench/BenchScenes.h"
 
-#include "engine/assets/AssetManager.h"
+#include "engine/assets/manager/AssetManager.h"
 #include "engine/core/Guid.h"
 #include "engine/core/logging/Logger.h"
 #include "engine/core/system/System.h"

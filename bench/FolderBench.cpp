@@ -1,4 +1,4 @@
-#include "engine/assets/AssetRegistry.h"
+#include "engine/assets/registry/AssetRegistry.h"
 
 #include <array>
 #include <chrono>

@@ -1,6 +1,6 @@
 #include "bench/BenchScenes.h"
 #include "bench/JsonReference.h"
-#include "engine/assets/AssetManager.h"
+#include "engine/assets/manager/AssetManager.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
 

@@ -1,5 +1,5 @@
 #include "bench/BenchScenes.h"
-#include "engine/assets/AssetManager.h"
+#include "engine/assets/manager/AssetManager.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
 #include "engine/scene/legacy/LegacyReader.h"

@@ -1,5 +1,5 @@
 #include "bench/BenchScenes.h"
-#include "engine/assets/AssetManager.h"
+#include "engine/assets/manager/AssetManager.h"
 #include "engine/core/text/NumberText.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"

@@ -1,4 +1,4 @@
-#include "engine/assets/AssetReference.h"
+#include "engine/assets/registry/AssetReference.h"
 #include "engine/core/Hash.h"
 #include "fuzz/FuzzFiles.h"
 

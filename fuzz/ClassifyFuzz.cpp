@@ -1,4 +1,4 @@
-#include "engine/assets/CookedContainer.h"
+#include "engine/assets/cooked/CookedContainer.h"
 #include "engine/scene/SceneStage.h"
 #include "engine/scene/SceneVersionProbe.h"
 #include "fuzz/FuzzFiles.h"

@@ -1,5 +1,5 @@
-#include "engine/assets/ContentHash.h"
-#include "engine/assets/CookedContainer.h"
+#include "engine/assets/cooked/CookedContainer.h"
+#include "engine/assets/identity/ContentHash.h"
 #include "fuzz/FuzzFiles.h"
 
 #include <algorithm>

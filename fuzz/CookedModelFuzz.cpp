@@ -1,5 +1,5 @@
-#include "engine/assets/CookedContainer.h"
-#include "engine/assets/formats/CookedModel.h"
+#include "engine/assets/cooked/CookedContainer.h"
+#include "engine/assets/formats/mesh/CookedModel.h"
 #include "fuzz/FuzzFiles.h"
 
 #include <span>

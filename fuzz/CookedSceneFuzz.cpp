@@ -1,4 +1,4 @@
-#include "engine/assets/CookedContainer.h"
+#include "engine/assets/cooked/CookedContainer.h"
 #include "engine/scene/CookedScene.h"
 #include "engine/scene/SceneFile.h"
 #include "fuzz/FuzzFiles.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/assets/AssetManager.h"
+#include "engine/assets/manager/AssetManager.h"
 #include "engine/scene/Scene.h"
 
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "engine/assets/CookedManifest.h"
+#include "engine/assets/cooked/CookedManifest.h"
 #include "fuzz/FuzzFiles.h"
 
 namespace

@@ -1,5 +1,5 @@
-#include "engine/assets/CookedContainer.h"
-#include "engine/assets/formats/NativeMesh.h"
+#include "engine/assets/cooked/CookedContainer.h"
+#include "engine/assets/formats/mesh/NativeMesh.h"
 #include "fuzz/FuzzFiles.h"
 
 #include <span>

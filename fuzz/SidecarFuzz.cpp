@@ -1,4 +1,4 @@
-#include "engine/assets/AssetSidecar.h"
+#include "engine/assets/identity/AssetSidecar.h"
 #include "fuzz/FuzzFiles.h"
 
 /// Every sidecar that reads can be written, and comes back from its file as it was.

@@ -1,6 +1,6 @@
 #include "engine/scene/CookedScene.h"
 
-#include "engine/assets/CookedContainer.h"
+#include "engine/assets/cooked/CookedContainer.h"
 #include "engine/core/files/ByteStream.h"
 #include "engine/core/files/InputFile.h"
 #include "engine/reflection/SchemaText.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/assets/AssetId.h"
+#include "engine/assets/identity/AssetId.h"
 
 #include <glm/vec3.hpp>
 

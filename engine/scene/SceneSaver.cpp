@@ -1,5 +1,5 @@
-#include "engine/assets/AssetManager.h"
-#include "engine/assets/AssetReference.h"
+#include "engine/assets/manager/AssetManager.h"
+#include "engine/assets/registry/AssetReference.h"
 #include "engine/core/files/Files.h"
 #include "engine/core/files/Paths.h"
 #include "engine/core/files/TemporaryFile.h"

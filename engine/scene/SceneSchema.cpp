@@ -1,6 +1,6 @@
 #include "engine/scene/SceneSchema.h"
 
-#include "engine/assets/AssetKind.h"
+#include "engine/assets/identity/AssetKind.h"
 #include "engine/reflection/ReflectionRegistry.h"
 #include "engine/scene/components/Registration.h"
 

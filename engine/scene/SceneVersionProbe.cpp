@@ -1,6 +1,6 @@
 #include "engine/scene/SceneVersionProbe.h"
 
-#include "engine/assets/CookedContainer.h"
+#include "engine/assets/cooked/CookedContainer.h"
 #include "engine/core/files/ByteStream.h"
 #include "engine/core/files/InputFile.h"
 #include "engine/core/text/TokenReader.h"

@@ -1,4 +1,4 @@
-#include "engine/assets/AssetManager.h"
+#include "engine/assets/manager/AssetManager.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/SceneFile.h"
 

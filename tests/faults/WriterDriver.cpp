@@ -1,10 +1,10 @@
 // Calls the writers of the libraries that no command line reaches, one after the other, on the project in the
 // current folder. Run again, it finishes what an earlier run left open. Each failure is a FAILED line.
 
-#include "engine/assets/AssetManager.h"
-#include "engine/assets/AssetSidecar.h"
-#include "engine/assets/CookedContainer.h"
-#include "engine/assets/CookedManifest.h"
+#include "engine/assets/cooked/CookedContainer.h"
+#include "engine/assets/cooked/CookedManifest.h"
+#include "engine/assets/identity/AssetSidecar.h"
+#include "engine/assets/manager/AssetManager.h"
 #include "engine/core/system/Signals.h"
 #include "engine/scene/CookedScene.h"
 #include "engine/scene/Scene.h"

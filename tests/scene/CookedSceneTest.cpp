@@ -1,7 +1,7 @@
 #include "engine/scene/CookedScene.h"
 
-#include "engine/assets/AssetManager.h"
-#include "engine/assets/CookedContainer.h"
+#include "engine/assets/cooked/CookedContainer.h"
+#include "engine/assets/manager/AssetManager.h"
 #include "engine/core/files/ByteStream.h"
 #include "engine/scene/EntityRecordStage.h"
 #include "engine/scene/Scene.h"

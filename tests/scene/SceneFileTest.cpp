@@ -1,6 +1,6 @@
 #include "engine/scene/SceneFile.h"
 
-#include "engine/assets/AssetManager.h"
+#include "engine/assets/manager/AssetManager.h"
 #include "engine/core/files/FileSystemCalls.h"
 #include "engine/scene/PreservedRecordSet.h"
 #include "engine/scene/Scene.h"

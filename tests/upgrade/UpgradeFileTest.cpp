@@ -1,6 +1,6 @@
 #include "tools/upgrade/UpgradeFile.h"
 
-#include "engine/assets/AssetManager.h"
+#include "engine/assets/manager/AssetManager.h"
 #include "engine/core/files/FileSystemCalls.h"
 #include "engine/core/logging/Logger.h"
 #include "tests/upgrade/ToolRun.h"

@@ -1,6 +1,6 @@
 #include "tools/upgrade/UpgradeFile.h"
 
-#include "engine/assets/AssetManager.h"
+#include "engine/assets/manager/AssetManager.h"
 #include "engine/core/files/Backup.h"
 #include "engine/core/files/FileStamp.h"
 #include "engine/core/files/ReadFaults.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/assets/AssetManager.h"
+#include "engine/assets/manager/AssetManager.h"
 
 #include <filesystem>
 #include <map>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/assets/AssetId.h"
+#include "engine/assets/identity/AssetId.h"
 #include "engine/core/Guid.h"
 #include "engine/scene/Entity.h"
 #include "engine/scene/components/GameplayLayer.h"

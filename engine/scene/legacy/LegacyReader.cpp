@@ -1,7 +1,7 @@
 #include "engine/scene/legacy/LegacyReader.h"
 
-#include "engine/assets/AssetManager.h"
-#include "engine/assets/AssetReference.h"
+#include "engine/assets/manager/AssetManager.h"
+#include "engine/assets/registry/AssetReference.h"
 #include "engine/core/files/InputFile.h"
 #include "engine/core/text/LineReader.h"
 #include "engine/core/text/TokenReader.h"

@@ -1,6 +1,6 @@
 #include "engine/scene/legacy/RecordLine.h"
 
-#include "engine/assets/AssetReference.h"
+#include "engine/assets/registry/AssetReference.h"
 
 namespace Vornu::Scene::Legacy
 {

@@ -1,6 +1,6 @@
 #include "engine/scene/legacy/SceneAssembly.h"
 
-#include "engine/assets/AssetManager.h"
+#include "engine/assets/manager/AssetManager.h"
 #include "engine/scene/EntityReference.h"
 #include "engine/scene/Hierarchy.h"
 #include "engine/scene/Runtime.h"

@@ -1,4 +1,4 @@
-#include "engine/assets/AssetReference.h"
+#include "engine/assets/registry/AssetReference.h"
 #include "engine/core/text/NumberText.h"
 #include "engine/scene/legacy/Records.h"
 #include "engine/scene/legacy/StrictNumbers.h"

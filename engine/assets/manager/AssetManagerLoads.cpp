@@ -1,0 +1,277 @@
+// How an asset manager loads meshes and textures.
+
+#include "engine/assets/cooked/CookedContainer.h"
+#include "engine/assets/formats/mesh/NativeMesh.h"
+#include "engine/assets/formats/texture/ImageDecoder.h"
+#include "engine/assets/manager/AssetManager.h"
+#include "engine/core/logging/Logger.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+namespace Vornu::Assets
+{
+namespace
+{
+
+AssetBytes ReadAssetFile(const std::filesystem::path& path)
+{
+    std::string error;
+    std::optional<AssetBytes> bytes = ReadWholeFile(path, &error);
+    if (!bytes)
+    {
+        throw std::runtime_error(error);
+    }
+    return std::move(*bytes);
+}
+
+std::uint64_t SizeOf(const MeshAsset& mesh)
+{
+    return mesh.vertices.size() * sizeof(MeshVertex) + mesh.indices.size() * sizeof(std::uint32_t);
+}
+
+AssetLoadPayload MeshPayload(MeshAsset mesh)
+{
+    const std::uint64_t size = SizeOf(mesh);
+    return {std::make_shared<MeshAsset>(std::move(mesh)), size};
+}
+
+AssetLoadPayload DecodeMesh(const std::filesystem::path& path, const AssetBytes& bytes)
+{
+    MeshAsset mesh;
+    std::string error;
+    if (!ParseNativeMesh(bytes, path.native(), mesh, error))
+    {
+        throw std::runtime_error(error);
+    }
+    return MeshPayload(std::move(mesh));
+}
+
+AssetLoadPayload DecodeTexture(const std::filesystem::path& path)
+{
+    ImportedTexture image = DecodeImage(path);
+    const std::uint64_t pixelSize = image.isFloat ? 4 * sizeof(float) : 4;
+    const std::uint64_t pixels = std::uint64_t{image.width} * image.height;
+    if (pixels == 0 || image.pixels.size() % pixelSize != 0 || image.pixels.size() / pixelSize != pixels)
+    {
+        throw std::runtime_error("The decoder's image doesn't have its size: " + path.native());
+    }
+    auto texture = std::make_shared<TextureAsset>();
+    texture->width = image.width;
+    texture->height = image.height;
+    texture->format = image.isFloat ? TextureFormat::Rgba32Float : TextureFormat::Rgba8;
+    texture->pixels = std::move(image.pixels);
+    const std::uint64_t size = texture->pixels.size();
+    return {std::move(texture), size};
+}
+
+/// The mesh of a lone file, such as an `.obj`: the first that the importer finds.
+AssetLoadPayload ImportMesh(const std::filesystem::path& path)
+{
+    ImportedSceneData scene = ImportModel(path);
+    if (scene.meshes.empty())
+    {
+        throw std::runtime_error("The file holds no mesh: " + path.native());
+    }
+    return MeshPayload(std::move(scene.meshes.front().mesh));
+}
+
+bool IsInside(const std::filesystem::path& root, const std::filesystem::path& path)
+{
+    const auto [rootEnd, pathEnd] = std::mismatch(root.begin(), root.end(), path.begin(), path.end());
+    return rootEnd == root.end() && pathEnd != path.end();
+}
+
+} // namespace
+
+bool AssetManager::IsRecordOfKind(AssetId id, AssetKind kind) const
+{
+    const auto record = registry_.FindRecord(id);
+    return record && record->kind == kind;
+}
+
+bool AssetManager::EnsureLoaded(AssetId id, AssetKind kind)
+{
+    if (!IsRecordOfKind(id, kind))
+    {
+        return false;
+    }
+    const AssetLoadHandle handle = loader_.Submit(id, kind, kBlockingLoadPriority);
+    loader_.Pin(id);
+    if (!IsTerminal(AssetLoader::State(handle)))
+    {
+        return loader_.Wait(handle);
+    }
+    return AssetLoader::State(handle) == AssetLoadState::Ready;
+}
+
+bool AssetManager::EnsureMeshLoaded(AssetId id)
+{
+    return meshes_.contains(id) || EnsureLoaded(id, AssetKind::Mesh);
+}
+
+bool AssetManager::EnsureTextureLoaded(AssetId id)
+{
+    return textures_.contains(id) || EnsureLoaded(id, AssetKind::Texture);
+}
+
+AssetLoadHandle AssetManager::RequestLoad(AssetId id, AssetKind kind)
+{
+    return IsRecordOfKind(id, kind) ? loader_.Submit(id, kind, kNormalLoadPriority) : AssetLoadHandle{};
+}
+
+AssetLoadHandle AssetManager::RequestMeshLoad(AssetId id)
+{
+    return RequestLoad(id, AssetKind::Mesh);
+}
+
+AssetLoadHandle AssetManager::RequestTextureLoad(AssetId id)
+{
+    return RequestLoad(id, AssetKind::Texture);
+}
+
+bool AssetManager::ReloadAsset(AssetId id)
+{
+    const auto record = registry_.FindRecord(id);
+    if (!record)
+    {
+        return false;
+    }
+    if (record->isBuiltin)
+    {
+        return true; // nothing can have changed
+    }
+    if (record->kind == AssetKind::Scene || record->isSubAsset)
+    {
+        RebuildImportedSceneAssets({record->path});
+        return true;
+    }
+    if (record->kind != AssetKind::Mesh && record->kind != AssetKind::Texture)
+    {
+        return false;
+    }
+    if (mode_ == AssetMountMode::Authoring)
+    {
+        failedAssets_.erase(id);
+    }
+    loader_.Reload(id);
+    reloads_.push_back(loader_.Submit(id, record->kind, kReloadPriority));
+    return true;
+}
+
+/// Why a package can't hold the file of a record; empty if it does.
+std::string AssetManager::PackagedSourceFault(const AssetRecord& record, const char* missing) const
+{
+    if (mode_ != AssetMountMode::ReadOnly)
+    {
+        return {};
+    }
+    if (!IsInside(rootPath_, record.dataPath))
+    {
+        return "Read-only assets require a packaged source inside content: " + record.dataPath.native();
+    }
+    std::error_code error;
+    if (missing != nullptr && !std::filesystem::exists(record.dataPath, error))
+    {
+        return missing + record.dataPath.native();
+    }
+    return {};
+}
+
+AssetLoadRecipe AssetManager::PrepareMeshLoad(AssetId id)
+{
+    AssetLoadRecipe recipe;
+    const std::shared_ptr<const AssetRecord> record = registry_.FindRecord(id);
+    if (!record || record->kind != AssetKind::Mesh)
+    {
+        recipe.error = "Unknown mesh asset " + std::to_string(id);
+        return recipe;
+    }
+    if (mode_ == AssetMountMode::ReadOnly && failedAssets_.contains(id))
+    {
+        recipe.error = "Mesh asset previously failed to load: " + record->name;
+        return recipe;
+    }
+    const auto publish = [this, id](AssetLoadPayload& payload) -> MeshAsset&
+    {
+        if (!IsRecordOfKind(id, AssetKind::Mesh))
+        {
+            throw std::runtime_error("Unknown mesh asset " + std::to_string(id));
+        }
+        failedAssets_.erase(id);
+        return meshes_[id] = std::move(*static_cast<MeshAsset*>(payload.value.get()));
+    };
+    if (const auto builtin = builtinMeshes_.find(id); builtin != builtinMeshes_.end())
+    {
+        recipe.decode = [make = builtin->second->make](AssetBytes) { return MeshPayload(make()); };
+        recipe.publish = [id, publish](AssetLoadPayload& payload) { publish(payload).lods = {{id}}; };
+        return recipe;
+    }
+    if (record->isSubAsset)
+    {
+        recipe.publish = [this, id, path = record->path](AssetLoadPayload&)
+        {
+            RebuildImportedSceneAssets({path});
+            if (!meshes_.contains(id))
+            {
+                throw std::runtime_error("The model doesn't give the mesh: " + path.native());
+            }
+        };
+        recipe.fail = [this, id](const std::string& cause) { NoteFailure(id, cause, cause); };
+        return recipe;
+    }
+    const auto logged = [publish](std::string message)
+    {
+        return [publish, message = std::move(message)](AssetLoadPayload& payload)
+        {
+            publish(payload);
+            Core::Log(Core::LogCategory::Assets, Core::LogLevel::Info, message);
+        };
+    };
+    recipe.error = PackagedSourceFault(*record, nullptr);
+    const std::filesystem::path& path = record->dataPath;
+    if (LowerExtension(path) == ".vmesh")
+    {
+        recipe.read = [path] { return ReadAssetFile(path); };
+        recipe.decode = [path](const AssetBytes& bytes) { return DecodeMesh(path, bytes); };
+        recipe.publish = logged("Loaded native mesh asset: " + path.native());
+        recipe.fail = [this, id, message = "Failed to load native mesh asset: " + path.native()](
+                          const std::string& cause) { NoteFailure(id, message, cause); };
+        return recipe;
+    }
+    recipe.decode = [path](const AssetBytes&) { return ImportMesh(path); };
+    recipe.publish = logged("Imported mesh asset: " + record->name);
+    recipe.fail = [this, id](const std::string& cause) { NoteFailure(id, cause, cause); };
+    return recipe;
+}
+
+AssetLoadRecipe AssetManager::PrepareTextureLoad(AssetId id)
+{
+    AssetLoadRecipe recipe;
+    const std::shared_ptr<const AssetRecord> record = registry_.FindRecord(id);
+    if (!record || record->kind != AssetKind::Texture)
+    {
+        recipe.error = "Unknown texture asset " + std::to_string(id);
+        return recipe;
+    }
+    recipe.error = PackagedSourceFault(*record, "Missing packaged texture: ");
+    // Decoders open the file themselves, so there is nothing to read ahead.
+    recipe.decode = [path = record->dataPath](const AssetBytes&) { return DecodeTexture(path); };
+    recipe.publish = [this, id](AssetLoadPayload& payload)
+    {
+        if (!IsRecordOfKind(id, AssetKind::Texture))
+        {
+            throw std::runtime_error("Unknown texture asset " + std::to_string(id));
+        }
+        failedAssets_.erase(id);
+        textures_[id] = std::move(*static_cast<TextureAsset*>(payload.value.get()));
+    };
+    recipe.fail = [this, id, message = "Failed to load texture asset: " + record->name](
+                      const std::string& cause) { NoteFailure(id, message, cause); };
+    return recipe;
+}
+
+} // namespace Vornu::Assets

@@ -1,0 +1,209 @@
+#include "engine/assets/registry/AssetIdentity.h"
+
+#include "engine/core/files/Files.h"
+#include "engine/core/files/ReadFaults.h"
+#include "engine/core/logging/Logger.h"
+
+#include <utility>
+
+namespace Vornu::Assets
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+
+void Warn(std::string message)
+{
+    Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning, std::move(message));
+}
+
+std::string ContentKey(const fs::path& asset, std::uint64_t stamp)
+{
+    return LowerExtension(asset) + "|" + std::to_string(stamp);
+}
+
+/// Frees the name of a sidecar without losing the identity that may still be in it.
+Platform::FileResult SetAside(const fs::path& sidecar)
+{
+    constexpr int kMostKept = 1000;
+    Platform::FileResult moved;
+    for (int number = 1; number <= kMostKept; ++number)
+    {
+        fs::path kept = sidecar;
+        kept += number == 1 ? ".unreadable" : ".unreadable-" + std::to_string(number);
+        moved = Platform::MoveToFreeName(sidecar, kept);
+        if (moved.Succeeded() || !Platform::PathExists(kept))
+        {
+            break;
+        }
+    }
+    return moved;
+}
+
+void WarnUnwritten(const ScanEntry& entry, const std::string& error)
+{
+    Warn("Failed to create asset sidecar " + entry.sidecarPath + ": " + error);
+}
+
+/// Reads the sidecar that stands beside the file. False if the entry has to get another.
+bool LoadSidecar(ScanEntry& entry, const MountedRoot& root, bool mayWrite, bool& nameIsFree)
+{
+    std::string error;
+    int systemError = 0;
+    entry.sidecar = ReadSidecar(entry.sidecarPath, &error, &systemError);
+    if (entry.sidecar)
+    {
+        return true;
+    }
+    Warn("Ignoring unreadable asset sidecar " + entry.sidecarPath + ": " + error +
+         (root.IsWritable() ? " A new identity is assigned." : ""));
+    // One that can't be read now may be read again: it stays, and the new identity is for this time only.
+    nameIsFree = Platform::TellsOfAbsence(systemError);
+    if (mayWrite && nameIsFree)
+    {
+        const Platform::FileResult freed = SetAside(entry.sidecarPath);
+        nameIsFree = freed.Succeeded();
+        if (!nameIsFree)
+        {
+            WarnUnwritten(entry, freed.message);
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+bool MountedRoot::Contains(std::string_view pathKey) const noexcept
+{
+    return !key.empty() && pathKey.size() > key.size() && pathKey.starts_with(key) &&
+           pathKey[key.size()] == '/';
+}
+
+OrphanSidecars::OrphanSidecars(std::vector<fs::path> sidecars, const StampByGuid& lastStamps)
+    : unread_(std::move(sidecars)), lastStamps_(lastStamps)
+{
+}
+
+bool OrphanSidecars::Follow(ScanEntry& entry)
+{
+    ReadAll();
+    const auto found = byContent_.find(ContentKey(entry.path, entry.contentStamp));
+    if (entry.contentStamp == 0 || found == byContent_.end() || found->second.size() != 1)
+    {
+        return false;
+    }
+    Orphan& orphan = found->second.front();
+    if (!Platform::MoveToFreeName(orphan.path, entry.sidecarPath).Succeeded())
+    {
+        return false;
+    }
+    Core::Log(Core::LogCategory::Assets, Core::LogLevel::Info,
+              "Asset sidecar followed renamed file: " + entry.path);
+    entry.sidecar = std::move(orphan.sidecar);
+    entry.hasSidecarFile = true;
+    byContent_.erase(found);
+    return true;
+}
+
+void OrphanSidecars::ReadAll()
+{
+    if (lastStamps_.Empty())
+    {
+        return; // nothing can match
+    }
+    for (fs::path& path : std::exchange(unread_, {}))
+    {
+        std::optional<AssetSidecar> sidecar = ReadSidecar(path);
+        const std::uint64_t* const stamp = sidecar ? lastStamps_.Find(sidecar->guid) : nullptr;
+        if (stamp != nullptr)
+        {
+            const std::string key = ContentKey(AssetPathOfSidecar(path), *stamp);
+            byContent_[key].push_back({std::move(path), std::move(*sidecar)});
+        }
+    }
+}
+
+Core::Guid PathDerivedGuid(const MountedRoot& root, std::string_view pathKey)
+{
+    if (root.Contains(pathKey))
+    {
+        return Core::GuidFromName("vornu-asset:content:" + std::string(pathKey.substr(root.key.size() + 1)));
+    }
+    return Core::GuidFromName("vornu-asset:path:" + std::string(pathKey));
+}
+
+void LoadOrCreateSidecar(ScanEntry& entry, const MountedRoot& root, OrphanSidecars* orphans)
+{
+    const bool mayWrite = root.IsWritable() && root.Contains(entry.key);
+    bool nameIsFree = true;
+    if (entry.hasSidecarFile && LoadSidecar(entry, root, mayWrite, nameIsFree))
+    {
+        return;
+    }
+    entry.hasSidecarFile = false;
+    if (mayWrite && orphans != nullptr && orphans->Follow(entry))
+    {
+        return;
+    }
+    entry.sidecar = MakeDefaultSidecar(entry.kind, entry.path, PathDerivedGuid(root, entry.key));
+    if (!mayWrite)
+    {
+        entry.sidecar->version = 0;
+        return;
+    }
+    std::string error;
+    if (nameIsFree)
+    {
+        entry.hasSidecarFile = WriteSidecar(entry.sidecarPath, *entry.sidecar, &error);
+        if (!entry.hasSidecarFile)
+        {
+            WarnUnwritten(entry, error);
+        }
+    }
+}
+
+void AssignNewIdentity(ScanEntry& entry, const MountedRoot& root)
+{
+    AssetSidecar& sidecar = *entry.sidecar;
+    Warn("Duplicate asset GUID " + sidecar.guid.ToString() + " in " + entry.path +
+         " (copied sidecar); assigning a new identity.");
+    const bool writes = root.IsWritable() && entry.hasSidecarFile;
+    const auto renew = [&](Core::Guid& guid)
+    {
+        guid = writes ? Core::Guid::Generate()
+                      : Core::GuidFromName("vornu-duplicate:" + guid.ToString() + ":" + entry.key);
+    };
+    renew(sidecar.guid);
+    for (AssetSidecarSubAsset& sub : sidecar.subAssets)
+    {
+        renew(sub.guid);
+    }
+    std::string error;
+    if (writes && !WriteSidecar(entry.sidecarPath, sidecar, &error))
+    {
+        Warn("Failed to rewrite duplicate asset sidecar " + entry.sidecarPath + ": " + error);
+    }
+}
+
+void ResolveDuplicates(std::vector<ScanEntry>& entries, const MountedRoot& root,
+                       const PathKeyByGuid& lastPathKeys)
+{
+    Core::OrderedMap<Core::Guid, std::size_t, Core::GuidHash> holders;
+    holders.Reserve(entries.size());
+    for (std::size_t i = 0; i < entries.size(); ++i)
+    {
+        const auto [holder, isFirst] = holders.Emplace(entries[i].sidecar->guid, i);
+        if (isFirst)
+        {
+            continue;
+        }
+        const std::string* const lastKey = lastPathKeys.Find(entries[i].sidecar->guid);
+        const bool wasHere = lastKey != nullptr && *lastKey == entries[i].key;
+        const std::size_t loser = wasHere ? std::exchange(*holder, i) : i;
+        AssignNewIdentity(entries[loser], root);
+        holders.Emplace(entries[loser].sidecar->guid, loser);
+    }
+}
+
+} // namespace Vornu::Assets

@@ -1,0 +1,306 @@
+#include "engine/assets/registry/AssetRegistry.h"
+
+#include "engine/assets/registry/AssetTables.h"
+#include "engine/assets/registry/PathHashTable.h"
+#include "engine/core/Hash.h"
+#include "engine/core/files/FolderLock.h"
+#include "engine/core/files/Paths.h"
+#include "engine/core/logging/Logger.h"
+#include "engine/core/system/System.h"
+
+#include <algorithm>
+#include <chrono>
+#include <mutex>
+#include <shared_mutex>
+#include <stdexcept>
+#include <tuple>
+#include <unordered_set>
+#include <utility>
+
+namespace Vornu::Assets
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr std::chrono::seconds kLockPatience{10};
+
+/// Keeps other authoring mounts of the folder out; nothing for a registry that doesn't write.
+std::optional<Platform::FolderLock> LockForWriting(const MountedRoot& root)
+{
+    std::optional<Platform::FolderLock> lock;
+    if (root.IsWritable() && !root.path.empty() &&
+        lock.emplace(root.path, kLockPatience).Result() == Platform::FolderLock::Outcome::TimedOut)
+    {
+        Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning,
+                  "Another program is writing sidecars in " + root.path.native() +
+                      "; going on all the same.");
+    }
+    return lock;
+}
+
+/// Names are reduced to what older tools put behind a number of their own.
+fs::path WithoutLeadingNumber(const fs::path& path)
+{
+    const std::string name = path.filename().native();
+    const std::size_t end = name.find_first_not_of("0123456789");
+    const bool numbered = end != 0 && end != std::string::npos && name[end] == '_';
+    return numbered ? path.parent_path() / name.substr(end + 1) : path;
+}
+
+template<class Value>
+std::optional<Value> Copied(const Value* value)
+{
+    return value == nullptr ? std::nullopt : std::optional(*value);
+}
+
+MountedRoot CheckedRoot(const fs::path& contentRoot, AssetMountMode mode)
+{
+    if (mode == AssetMountMode::Authoring)
+    {
+        Platform::CreateDirectories(contentRoot);
+    }
+    else if (!fs::is_directory(Platform::Status(contentRoot)))
+    {
+        std::error_code ignored;
+        throw std::runtime_error("Read-only asset content directory is missing: " +
+                                 fs::absolute(contentRoot, ignored).native());
+    }
+    MountedRoot root;
+    root.path = Platform::CanonicalPath(contentRoot);
+    root.key = Platform::NormalizedCaseKey(root.path);
+    while (root.key.size() > 1 && root.key.back() == '/')
+    {
+        root.key.pop_back();
+    }
+    root.mode = mode;
+    return root;
+}
+
+} // namespace
+
+struct AssetRegistry::State
+{
+    mutable std::shared_mutex mutex;
+    AssetTables tables;
+    std::vector<AssetKind> strippedKinds;
+    PathHashTable pathHashes; // used under the shared lock; its own lock lies inside
+    std::mutex notedMutex;
+    std::unordered_set<std::string, Core::TextHash, std::equal_to<>> notedReferences;
+};
+
+AssetRegistry::AssetRegistry() : state_(std::make_shared<State>()) {}
+
+AssetRegistry::~AssetRegistry() = default;
+
+void AssetRegistry::Mount(const fs::path& contentRoot, AssetMountMode mode)
+{
+    MountedRoot root = CheckedRoot(contentRoot, mode);
+    // Waiting for other programs mustn't hold up the lookups of this one.
+    const std::optional<Platform::FolderLock> folderLock = LockForWriting(root);
+    const std::unique_lock lock(state_->mutex);
+    state_->tables.Mount(std::move(root));
+}
+
+void AssetRegistry::Refresh()
+{
+    std::shared_lock reading(state_->mutex);
+    const MountedRoot root = state_->tables.Root();
+    reading.unlock();
+    const std::optional<Platform::FolderLock> folderLock = LockForWriting(root);
+    const std::unique_lock lock(state_->mutex);
+    state_->tables.Refresh();
+}
+
+void AssetRegistry::Clear()
+{
+    const std::unique_lock lock(state_->mutex);
+    state_->tables.Clear();
+}
+
+AssetId AssetRegistry::RegisterFile(AssetKind kind, const fs::path& path)
+{
+    const std::unique_lock lock(state_->mutex);
+    return state_->tables.RegisterFile(kind, path);
+}
+
+AssetId AssetRegistry::RegisterBuiltin(const std::string& name, AssetKind kind)
+{
+    const std::unique_lock lock(state_->mutex);
+    return state_->tables.RegisterBuiltin(kind, name);
+}
+
+AssetId AssetRegistry::RegisterSubAsset(AssetKind kind, const fs::path& source, const fs::path& child,
+                                        const std::string& key, const std::string& displayName)
+{
+    const std::unique_lock lock(state_->mutex);
+    return state_->tables.RegisterSubAsset(kind, source, child, key, displayName);
+}
+
+void AssetRegistry::RemoveAssetsOfFile(const fs::path& source)
+{
+    const std::string key = PathKey(source);
+    const std::unique_lock lock(state_->mutex);
+    state_->tables.RemoveAssetsOfFile(key);
+}
+
+bool AssetRegistry::SetFileSetting(const fs::path& path, std::string_view key, std::string_view value)
+{
+    const std::string pathKey = PathKey(path);
+    const std::unique_lock lock(state_->mutex);
+    return state_->tables.SetFileSetting(pathKey, key, value);
+}
+
+AssetRegistry::RecordPointer AssetRegistry::FindRecord(AssetId id) const
+{
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.FindRecord(id);
+}
+
+AssetId AssetRegistry::FindByGuid(const Core::Guid& guid) const
+{
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.FindByGuid(guid);
+}
+
+AssetId AssetRegistry::FindByPath(const fs::path& path) const
+{
+    const std::string key = PathKey(path);
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.FindByPathKey(key);
+}
+
+AssetId AssetRegistry::FindBuiltin(std::string_view name) const
+{
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.FindBuiltin(name);
+}
+
+AssetId AssetRegistry::FindSubAsset(const fs::path& source, std::string_view key, AssetKind kind) const
+{
+    const std::string sourceKey = PathKey(source);
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.FindSubAsset(
+        sourceKey, kind, [&](const AssetRecord& record, const std::string&) { return record.subKey == key; });
+}
+
+AssetId AssetRegistry::FindDerivedFile(const fs::path& source, const fs::path& child, bool reduceNames,
+                                       AssetKind kind) const
+{
+    const std::string sourceKey = PathKey(source);
+    const std::string wanted = PathKey(reduceNames ? WithoutLeadingNumber(child) : child);
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.FindSubAsset(
+        sourceKey, kind,
+        [&](const AssetRecord& record, const std::string& dataKey)
+        { return (reduceNames ? PathKey(WithoutLeadingNumber(record.dataPath)) : dataKey) == wanted; });
+}
+
+AssetId AssetRegistry::FindByPathHash(std::uint64_t number, const std::vector<fs::path>& otherRoots) const
+{
+    const std::shared_lock lock(state_->mutex);
+    return state_->pathHashes.Find(number, state_->tables, otherRoots);
+}
+
+Core::Guid AssetRegistry::GuidOf(AssetId id) const
+{
+    const RecordPointer record = FindRecord(id);
+    return record ? record->guid : Core::Guid{};
+}
+
+std::optional<AssetInfo> AssetRegistry::FindInfo(const Core::Guid& guid) const
+{
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.FindInfo(guid);
+}
+
+std::optional<AssetSidecar> AssetRegistry::FindSidecar(const fs::path& path) const
+{
+    const std::string key = PathKey(path);
+    const std::shared_lock lock(state_->mutex);
+    const SidecarEntry* const entry = state_->tables.FindSidecar(key);
+    return Copied(entry == nullptr ? nullptr : &entry->sidecar);
+}
+
+std::optional<fs::path> AssetRegistry::SourceOfSubGuid(const Core::Guid& guid) const
+{
+    const std::shared_lock lock(state_->mutex);
+    return Copied(state_->tables.SourceOfSubGuid(guid));
+}
+
+std::vector<AssetRegistry::RecordPointer> AssetRegistry::ListRecords() const
+{
+    std::vector<RecordPointer> list;
+    {
+        const std::shared_lock lock(state_->mutex);
+        for (const auto& [id, record] : state_->tables.Records())
+        {
+            list.push_back(record);
+        }
+    }
+    std::sort(list.begin(), list.end(),
+              [](const RecordPointer& a, const RecordPointer& b)
+              { return std::tie(a->isBuiltin, a->name, a->id) < std::tie(b->isBuiltin, b->name, b->id); });
+    return list;
+}
+
+std::vector<AssetRegistry::RecordPointer> AssetRegistry::ListRecordsOfKind(AssetKind kind) const
+{
+    std::vector<RecordPointer> list;
+    {
+        const std::shared_lock lock(state_->mutex);
+        for (const auto& [id, record] : state_->tables.Records())
+        {
+            if (record->kind == kind)
+            {
+                list.push_back(record);
+            }
+        }
+    }
+    std::sort(list.begin(), list.end(),
+              [](const RecordPointer& a, const RecordPointer& b) {
+                  return std::tie(a->path.native(), a->subKey, a->name) <
+                         std::tie(b->path.native(), b->subKey, b->name);
+              });
+    return list;
+}
+
+fs::path AssetRegistry::ContentRoot() const
+{
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.Root().path;
+}
+
+AssetMountMode AssetRegistry::Mode() const
+{
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.Root().mode;
+}
+
+std::uint64_t AssetRegistry::Revision() const
+{
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.Revision();
+}
+
+void AssetRegistry::SetStrippedKinds(std::vector<AssetKind> kinds)
+{
+    const std::unique_lock lock(state_->mutex);
+    state_->strippedKinds = std::move(kinds);
+}
+
+bool AssetRegistry::IsStripped(AssetKind kind) const
+{
+    const std::shared_lock lock(state_->mutex);
+    const std::vector<AssetKind>& kinds = state_->strippedKinds;
+    return std::find(kinds.begin(), kinds.end(), kind) != kinds.end();
+}
+
+bool AssetRegistry::NoteReference(std::string_view text) const
+{
+    const std::lock_guard lock(state_->notedMutex);
+    return state_->notedReferences.emplace(text).second;
+}
+
+} // namespace Vornu::Assets

@@ -1,0 +1,112 @@
+#pragma once
+
+#include "engine/assets/identity/AssetId.h"
+#include "engine/assets/identity/AssetKind.h"
+#include "engine/assets/identity/AssetRecord.h"
+#include "engine/assets/identity/AssetSidecar.h"
+#include "engine/core/Guid.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Vornu::Assets
+{
+
+/// The identities of the assets of one content folder; it holds no asset data.
+///
+/// A registry is a handle: copies share what they hold, so a callback may keep one. All operations are safe
+/// from any thread. Only `Mount` throws; whatever else goes wrong is logged, and the registry stays usable.
+/// Paths may be given in any form.
+class AssetRegistry
+{
+public:
+    using RecordPointer = std::shared_ptr<const AssetRecord>;
+
+    /// Empty, without a folder.
+    AssetRegistry();
+    AssetRegistry(const AssetRegistry&) = default;
+    AssetRegistry& operator=(const AssetRegistry&) = default;
+    ~AssetRegistry();
+
+    /// Takes over a folder and scans it; built-ins stay. An authoring mount creates the folder and gives
+    /// every asset a sidecar, and waits some seconds for another program that does the same. Throws
+    /// `std::filesystem::filesystem_error` ("create_directories", "status") or, if a read-only mount finds no
+    /// folder, `std::runtime_error`; the registry is then as it was.
+    void Mount(const std::filesystem::path& contentRoot, AssetMountMode mode);
+
+    /// Scans the folder again. Sub-assets go until they are registered anew; ids stay.
+    void Refresh();
+
+    /// Forgets everything but the stripped kinds.
+    void Clear();
+
+    /// Enters a file, inside the folder or outside, and gives it an identity as a scan would.
+    AssetId RegisterFile(AssetKind kind, const std::filesystem::path& path);
+    AssetId RegisterBuiltin(const std::string& name, AssetKind kind);
+
+    /// Enters an asset that `source` holds, or that was generated from it into the file `child` unless that
+    /// is empty. `key` tells it from the others of the source; its GUID is listed in the source's sidecar.
+    AssetId RegisterSubAsset(AssetKind kind, const std::filesystem::path& source,
+                             const std::filesystem::path& child, const std::string& key,
+                             const std::string& displayName);
+
+    /// Takes out all sub-assets of a source.
+    void RemoveAssetsOfFile(const std::filesystem::path& source);
+
+    /// Changes an import setting of a file that has a sidecar file; false for any other, and if read-only.
+    bool SetFileSetting(const std::filesystem::path& path, std::string_view key, std::string_view value);
+
+    /// Null when there is none. A record never changes; a new one takes its place.
+    RecordPointer FindRecord(AssetId id) const;
+
+    // 0 when there is none. A kind of Unknown stands for any.
+    AssetId FindByGuid(const Core::Guid& guid) const;
+    AssetId FindByPath(const std::filesystem::path& path) const;
+    AssetId FindBuiltin(std::string_view name) const;
+    AssetId FindSubAsset(const std::filesystem::path& source, std::string_view key, AssetKind kind) const;
+    /// The sub-asset of `source` that was generated into `child`. With `reduceNames`, a leading `<number>_`
+    /// of either file name doesn't count.
+    AssetId FindDerivedFile(const std::filesystem::path& source, const std::filesystem::path& child,
+                            bool reduceNames, AssetKind kind) const;
+    /// The asset whose path an old scene names by the hash `number`, on the machine where it was saved. Such
+    /// a path began with this registry's folder or with one of `otherRoots`.
+    AssetId FindByPathHash(std::uint64_t number, const std::vector<std::filesystem::path>& otherRoots) const;
+
+    /// Null when there is none.
+    Core::Guid GuidOf(AssetId id) const;
+    std::optional<AssetInfo> FindInfo(const Core::Guid& guid) const;
+    /// Of any file that was seen since the last scan.
+    std::optional<AssetSidecar> FindSidecar(const std::filesystem::path& path) const;
+    /// The file whose sidecar lists the GUID, whether the sub-asset is registered or not.
+    std::optional<std::filesystem::path> SourceOfSubGuid(const Core::Guid& guid) const;
+
+    /// By name, then id; built-ins last.
+    std::vector<RecordPointer> ListRecords() const;
+    /// By path, then key, then name.
+    std::vector<RecordPointer> ListRecordsOfKind(AssetKind kind) const;
+
+    /// Canonical; empty without a folder.
+    std::filesystem::path ContentRoot() const;
+    AssetMountMode Mode() const;
+    /// Rises with every change.
+    std::uint64_t Revision() const;
+
+    /// Kinds that this package doesn't carry: a reference to one that doesn't resolve is no error.
+    void SetStrippedKinds(std::vector<AssetKind> kinds);
+    bool IsStripped(AssetKind kind) const;
+
+    /// True the first time that a reference is noted, for messages that come once per reference.
+    bool NoteReference(std::string_view text) const;
+
+private:
+    struct State;
+
+    std::shared_ptr<State> state_;
+};
+
+} // namespace Vornu::Assets

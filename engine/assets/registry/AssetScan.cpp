@@ -1,0 +1,209 @@
+#include "engine/assets/registry/AssetScan.h"
+
+#include "engine/core/Hash.h"
+#include "engine/core/files/FileStamp.h"
+#include "engine/core/files/Files.h"
+#include "engine/core/files/FolderWalk.h"
+#include "engine/core/files/Paths.h"
+#include "engine/core/logging/Logger.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+namespace Vornu::Assets
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+
+/// 100-nanosecond units from the start of 1601 to that of 1970.
+constexpr std::int64_t kTicksTo1970 = 116'444'736'000'000'000;
+
+std::uint64_t TicksSince1601(std::int64_t nanosecondsSince1970)
+{
+    constexpr std::int64_t kNanosecondsPerTick = 100;
+    std::int64_t ticks = nanosecondsSince1970 / kNanosecondsPerTick;
+    ticks -= nanosecondsSince1970 % kNanosecondsPerTick < 0 ? 1 : 0;
+    return static_cast<std::uint64_t>(ticks + kTicksTo1970);
+}
+
+std::uint64_t StampOf(const std::optional<Platform::FileStamp>& file)
+{
+    if (!file)
+    {
+        return 0;
+    }
+    std::array<char, 16> bytes{};
+    for (const auto& [start, number] :
+         {std::pair{std::size_t{0}, file->size}, {std::size_t{8}, TicksSince1601(file->modified)}})
+    {
+        for (std::size_t i = 0; i < 8; ++i)
+        {
+            bytes[start + i] = static_cast<char>(number >> (8 * i));
+        }
+    }
+    const std::uint64_t stamp = Core::Fnv1a({bytes.data(), bytes.size()});
+    return stamp != 0 ? stamp : 1;
+}
+
+class ContentScan
+{
+public:
+    void Run(const fs::path& root)
+    {
+        const Platform::FileResult walk =
+            Platform::WalkFolder(root, [this](const Platform::FolderEntry& found) { Visit(found); });
+        scan_.error = walk.message;
+        SortEntries();
+        AttachSidecars();
+    }
+
+    FolderScan& Result() noexcept { return scan_; }
+
+private:
+    struct FoundSidecar
+    {
+        std::string assetKey;
+        std::string path;
+    };
+
+    /// The name comes first, as most files are neither and need no further look.
+    void Visit(const Platform::FolderEntry& found)
+    {
+        const fs::path name = found.Name();
+        const bool isSidecar = IsSidecarFile(name);
+        const AssetKind kind = isSidecar ? AssetKind::Unknown : KindFromExtension(name);
+        if ((!isSidecar && kind == AssetKind::Unknown) || !found.IsRegularFile())
+        {
+            return;
+        }
+        if (isSidecar)
+        {
+            std::string key = Platform::NormalizedCaseKey(found.Path());
+            key.resize(key.size() - kSidecarExtension.size());
+            sidecars_.push_back({std::move(key), found.Path()});
+        }
+        else if (found.IsLink())
+        {
+            AddLinked(kind, found.Path());
+        }
+        else
+        {
+            AddEntry(kind, found);
+        }
+    }
+
+    /// A link that the system can't follow now may lead to a file that has its identity elsewhere.
+    void AddLinked(AssetKind kind, const fs::path& link)
+    {
+        std::error_code error;
+        const fs::path path = Platform::CanonicalPath(link, error);
+        if (!error)
+        {
+            scan_.entries.push_back(MakeScanEntry(kind, path));
+        }
+    }
+
+    /// The root is canonical and the walk follows no links, so the path is canonical as it stands.
+    void AddEntry(AssetKind kind, const Platform::FolderEntry& found)
+    {
+        ScanEntry& entry = scan_.entries.emplace_back();
+        entry.path = found.Path();
+        entry.key = Platform::NormalizedCaseKey(found.Path());
+        entry.kind = kind;
+        entry.contentStamp = StampOf(found.ReadStamp());
+        entry.sidecarPath = found.Path();
+        entry.sidecarPath += kSidecarExtension;
+    }
+
+    void SortEntries()
+    {
+        std::vector<ScanEntry>& entries = scan_.entries;
+        std::sort(entries.begin(), entries.end(),
+                  [](const ScanEntry& a, const ScanEntry& b)
+                  { return std::tie(a.key, a.path) < std::tie(b.key, b.path); });
+        // A link and the file that it leads to are one asset.
+        const auto isRepeated = [](const ScanEntry& first, const ScanEntry& second)
+        {
+            if (first.key == second.key && first.path != second.path)
+            {
+                Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning,
+                          "Ignoring asset file " + second.path + ", which can't be told from " + first.path);
+            }
+            return first.key == second.key;
+        };
+        entries.erase(std::unique(entries.begin(), entries.end(), isRepeated), entries.end());
+    }
+
+    /// Entries and sidecars stand in the order of the same keys, so one pass over both joins them.
+    void AttachSidecars()
+    {
+        // On a file system that minds case a sidecar can stand there twice. The usual spelling counts, which
+        // is the first one this way, as lower case is behind upper case.
+        std::sort(sidecars_.begin(), sidecars_.end(),
+                  [](const FoundSidecar& a, const FoundSidecar& b)
+                  { return std::tie(a.assetKey, b.path) < std::tie(b.assetKey, a.path); });
+        const auto isRepeated = [](const FoundSidecar& a, const FoundSidecar& b)
+        { return a.assetKey == b.assetKey; };
+        sidecars_.erase(std::unique(sidecars_.begin(), sidecars_.end(), isRepeated), sidecars_.end());
+
+        auto next = sidecars_.begin();
+        for (ScanEntry& entry : scan_.entries)
+        {
+            for (; next != sidecars_.end() && next->assetKey < entry.key; ++next)
+            {
+                scan_.orphans.emplace_back(std::move(next->path));
+            }
+            if (next != sidecars_.end() && next->assetKey == entry.key)
+            {
+                entry.sidecarPath = std::move(next->path);
+                entry.hasSidecarFile = true;
+                ++next;
+            }
+        }
+        for (; next != sidecars_.end(); ++next)
+        {
+            scan_.orphans.emplace_back(std::move(next->path));
+        }
+    }
+
+    FolderScan scan_;
+    std::vector<FoundSidecar> sidecars_;
+};
+
+} // namespace
+
+std::string PathKey(const fs::path& path)
+{
+    return Platform::NormalizedCaseKey(Platform::CanonicalPath(path));
+}
+
+std::uint64_t ContentStamp(const fs::path& path) noexcept
+{
+    return StampOf(Platform::ReadFileStamp(path));
+}
+
+ScanEntry MakeScanEntry(AssetKind kind, const fs::path& path)
+{
+    ScanEntry entry;
+    entry.path = Platform::CanonicalPath(path);
+    entry.key = Platform::NormalizedCaseKey(entry.path);
+    entry.kind = kind;
+    entry.contentStamp = ContentStamp(entry.path);
+    entry.sidecarPath = SidecarPath(entry.path);
+    entry.hasSidecarFile = Platform::PathExists(entry.sidecarPath);
+    return entry;
+}
+
+FolderScan ScanContentFolder(const fs::path& root)
+{
+    ContentScan scan;
+    scan.Run(root);
+    return std::move(scan.Result());
+}
+
+} // namespace Vornu::Assets

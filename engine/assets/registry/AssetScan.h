@@ -1,0 +1,50 @@
+#pragma once
+
+#include "engine/assets/identity/AssetKind.h"
+#include "engine/assets/identity/AssetSidecar.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Vornu::Assets
+{
+
+/// A file on its way into the registry. Paths are kept as text: a path object holds each of its parts once
+/// more, which would be most of the memory and of the time of a scan.
+struct ScanEntry
+{
+    std::string path; // canonical
+    std::string key;
+    AssetKind kind = AssetKind::Unknown;
+    std::uint64_t contentStamp = 0;
+    std::string sidecarPath;
+    bool hasSidecarFile = false;
+    std::optional<AssetSidecar> sidecar; // once the entry has its identity
+};
+
+/// What one walk through a folder found.
+struct FolderScan
+{
+    std::vector<ScanEntry> entries; // by key, ascending; no key twice
+    /// Sidecars of files that weren't found, by the key of the file, ascending.
+    std::vector<std::filesystem::path> orphans;
+    /// What ended the walk early; empty for a whole walk.
+    std::string error;
+};
+
+/// The text by which paths are compared: the canonical form with `/` separators.
+std::string PathKey(const std::filesystem::path& path);
+
+/// Size and time of the last modification in one number; 0 for a file that can't be examined.
+std::uint64_t ContentStamp(const std::filesystem::path& path) noexcept;
+
+/// The entry of one file, without an identity.
+ScanEntry MakeScanEntry(AssetKind kind, const std::filesystem::path& path);
+
+/// Finds the assets and sidecars below a canonical folder. Never throws for what the system reports.
+FolderScan ScanContentFolder(const std::filesystem::path& root);
+
+} // namespace Vornu::Assets

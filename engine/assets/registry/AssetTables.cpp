@@ -1,0 +1,473 @@
+#include "engine/assets/registry/AssetTables.h"
+
+#include "engine/core/files/FileDescriptor.h"
+#include "engine/core/files/Files.h"
+#include "engine/core/files/Paths.h"
+#include "engine/core/files/ReadFaults.h"
+#include "engine/core/logging/Logger.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace Vornu::Assets
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+
+void Warn(std::string message)
+{
+    Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning, std::move(message));
+}
+
+/// The key of a sub-asset without the number that an importer gives to equal names.
+std::string_view WithoutNumber(std::string_view key)
+{
+    const std::size_t last = key.find_last_not_of("0123456789");
+    const bool numbered = last != std::string_view::npos && key[last] == '#' && last + 1 < key.size();
+    return numbered ? key.substr(0, last) : key;
+}
+
+/// A file need not stand at `child` yet, so only its folder is resolved.
+fs::path CanonicalChild(const fs::path& child)
+{
+    return Platform::CanonicalPath(Platform::FolderOf(child)) / child.filename();
+}
+
+Core::Guid DerivedSubGuid(const Core::Guid& source, AssetKind kind, const std::string& key)
+{
+    return Core::GuidFromName("vornu-subasset:" + source.ToString() + "|" + std::string(KindWord(kind)) +
+                              "|" + key);
+}
+
+bool WriteOrWarn(const SidecarEntry& entry)
+{
+    std::string error;
+    if (WriteSidecar(entry.sidecarPath, entry.sidecar, &error))
+    {
+        return true;
+    }
+    Warn("Failed to write asset sidecar " + entry.sidecarPath + ": " + error);
+    return false;
+}
+
+template<class Map, class Key>
+AssetId IdIn(const Map& map, const Key& key)
+{
+    const AssetId* const id = map.Find(key);
+    return id == nullptr ? 0 : *id;
+}
+
+} // namespace
+
+void AssetTables::Mount(MountedRoot root)
+{
+    root_ = std::move(root);
+    Refresh();
+}
+
+void AssetTables::Clear()
+{
+    // Whoever compares revisions has to see this change too.
+    const std::uint64_t revision = revision_ + 1;
+    *this = AssetTables();
+    revision_ = revision;
+}
+
+void AssetTables::Refresh()
+{
+    ++revision_;
+    std::vector<AssetId> gone;
+    for (const auto& [id, record] : records_)
+    {
+        if (!record->isBuiltin)
+        {
+            gone.push_back(id);
+        }
+    }
+    std::for_each(gone.begin(), gone.end(), [&](AssetId id) { RemoveRecord(id); });
+    sidecarByPathKey_.Clear();
+    sourcePathBySubGuid_.Clear();
+    if (root_.path.empty() || !Platform::PathExists(root_.path))
+    {
+        return;
+    }
+    FolderScan scan = ScanContentFolder(root_.path);
+    if (!scan.error.empty())
+    {
+        Warn("Asset scan of " + root_.path.native() + " ended early: " + scan.error);
+        scan.orphans.clear(); // their files may stand in what wasn't seen
+    }
+    const PathKeyByGuid former = scan.error.empty() ? PathKeyByGuid() : lastPathKeyByGuid_;
+    OrphanSidecars orphans(std::move(scan.orphans), lastStampByGuid_);
+    for (ScanEntry& entry : scan.entries)
+    {
+        LoadOrCreateSidecar(entry, root_, entry.hasSidecarFile ? nullptr : &orphans);
+    }
+    ResolveDuplicates(scan.entries, root_, lastPathKeyByGuid_);
+    ReserveFiles(scan.entries.size());
+    for (ScanEntry& entry : scan.entries)
+    {
+        AddFile(std::move(entry));
+    }
+    // A copy must not come to own the identity of a file that wasn't reached.
+    for (const auto& [guid, key] : former)
+    {
+        lastPathKeyByGuid_.InsertOrAssign(guid, key);
+    }
+}
+
+AssetId AssetTables::RegisterFile(AssetKind kind, const fs::path& path)
+{
+    ScanEntry entry = MakeScanEntry(kind, path);
+    LoadOrCreateSidecar(entry, root_, nullptr);
+    if (BelongsToAnotherFile(entry))
+    {
+        AssignNewIdentity(entry, root_);
+    }
+    const SidecarEntry* const known = FindSidecar(entry.key);
+    if (known != nullptr && known->sidecar.guid == entry.sidecar->guid)
+    {
+        entry.sidecar->subAssets = known->sidecar.subAssets;
+    }
+    return AddFile(std::move(entry));
+}
+
+bool AssetTables::BelongsToAnotherFile(const ScanEntry& entry) const
+{
+    const AssetId id = FindByGuid(entry.sidecar->guid);
+    const RecordPointer record = FindRecord(id);
+    if (!record || record->isBuiltin)
+    {
+        return false;
+    }
+    const std::string* const key = pathKeyById_.Find(id);
+    return (key == nullptr || *key != entry.key) && Platform::PathExists(record->path);
+}
+
+/// Growing tables of whole records step by step would move each of them several times.
+void AssetTables::ReserveFiles(std::size_t count)
+{
+    const auto reserve = [count](auto&... tables) { (tables.Reserve(count), ...); };
+    reserve(records_, facts_, idByGuid_, idByPathKey_, pathKeyById_, sidecarByPathKey_, lastPathKeyByGuid_,
+            lastStampByGuid_);
+}
+
+AssetId AssetTables::AddFile(ScanEntry entry)
+{
+    const AssetSidecar& sidecar = *entry.sidecar;
+    AssetRecord record;
+    record.guid = sidecar.guid;
+    record.id = AllocateAssetId(sidecar.guid);
+    record.kind = entry.kind;
+    record.path = entry.path;
+    record.dataPath = record.path;
+    record.name = entry.path.substr(entry.path.rfind('/') + 1);
+    const AssetId id = record.id;
+    ForgetFormerPlace(id, entry.key);
+
+    Enter(std::move(record), {entry.hasSidecarFile ? sidecar.version : 0, entry.contentStamp, {}});
+    idByPathKey_.InsertOrAssign(entry.key, id);
+    pathKeyById_.InsertOrAssign(id, entry.key);
+    lastPathKeyByGuid_.InsertOrAssign(sidecar.guid, entry.key);
+    if (entry.contentStamp != 0)
+    {
+        lastStampByGuid_.InsertOrAssign(sidecar.guid, entry.contentStamp);
+    }
+    for (const AssetSidecarSubAsset& sub : sidecar.subAssets)
+    {
+        sourcePathBySubGuid_.InsertOrAssign(sub.guid, entry.path);
+    }
+    sidecarByPathKey_.InsertOrAssign(entry.key,
+                                     SidecarEntry{std::move(entry.path), std::move(entry.sidecarPath),
+                                                  std::move(*entry.sidecar), entry.hasSidecarFile});
+    return id;
+}
+
+/// Makes room for a file: the asset may have stood elsewhere, and the place may have held another.
+void AssetTables::ForgetFormerPlace(AssetId id, const std::string& key)
+{
+    if (records_.Contains(id))
+    {
+        const std::string* const known = pathKeyById_.Find(id);
+        if (known != nullptr && *known != key)
+        {
+            const std::string oldKey = *known;
+            RemoveSubAssets(oldKey);
+            sidecarByPathKey_.Erase(oldKey);
+        }
+        RemoveRecord(id);
+    }
+    if (const AssetId other = IdIn(idByPathKey_, key); other != 0 && other != id)
+    {
+        RemoveSubAssets(key);
+        RemoveRecord(other);
+    }
+}
+
+void AssetTables::Enter(AssetRecord record, FileFacts facts)
+{
+    const AssetId id = record.id;
+    idByGuid_.InsertOrAssign(record.guid, id);
+    facts_.InsertOrAssign(id, std::move(facts));
+    records_.InsertOrAssign(id, std::make_shared<const AssetRecord>(std::move(record)));
+    ++revision_;
+}
+
+void AssetTables::RemoveRecord(AssetId id)
+{
+    const RecordPointer record = FindRecord(id);
+    if (!record)
+    {
+        return;
+    }
+    if (FindByGuid(record->guid) == id)
+    {
+        idByGuid_.Erase(record->guid);
+    }
+    if (const std::string* const key = pathKeyById_.Find(id))
+    {
+        if (FindByPathKey(*key) == id)
+        {
+            idByPathKey_.Erase(*key);
+        }
+        pathKeyById_.Erase(id);
+    }
+    if (const std::string* const sourceKey = sourceKeyById_.Find(id))
+    {
+        ById<std::string>* const siblings = subAssetsBySource_.Find(*sourceKey);
+        siblings->Erase(id);
+        if (siblings->Empty())
+        {
+            subAssetsBySource_.Erase(*sourceKey);
+        }
+        sourceKeyById_.Erase(id);
+    }
+    facts_.Erase(id);
+    records_.Erase(id);
+}
+
+bool AssetTables::RemoveSubAssets(std::string_view sourceKey)
+{
+    const ById<std::string>* const found = subAssetsBySource_.Find(sourceKey);
+    if (found == nullptr)
+    {
+        return false;
+    }
+    std::vector<AssetId> ids;
+    for (const auto& [id, dataKey] : *found)
+    {
+        ids.push_back(id);
+    }
+    std::for_each(ids.begin(), ids.end(), [&](AssetId id) { RemoveRecord(id); });
+    return true;
+}
+
+void AssetTables::RemoveAssetsOfFile(std::string_view sourceKey)
+{
+    if (RemoveSubAssets(sourceKey))
+    {
+        ++revision_;
+    }
+}
+
+AssetId AssetTables::RegisterBuiltin(AssetKind kind, const std::string& name)
+{
+    AssetRecord record;
+    record.guid = Core::GuidFromName("builtin:" + name);
+    record.id = AllocateAssetId(record.guid);
+    record.kind = kind;
+    record.name = name;
+    record.isBuiltin = true;
+    const AssetId id = record.id;
+    idByBuiltinName_.InsertOrAssign(name, id);
+    Enter(std::move(record), {});
+    return id;
+}
+
+AssetId AssetTables::RegisterSubAsset(AssetKind kind, const fs::path& source, const fs::path& child,
+                                      const std::string& key, const std::string& displayName)
+{
+    AssetRecord record;
+    record.path = Platform::CanonicalPath(source);
+    record.dataPath = child.empty() ? record.path : CanonicalChild(child);
+    record.kind = kind;
+    record.name = displayName;
+    record.subKey = key;
+    record.isSubAsset = true;
+    const std::string sourceKey = Platform::NormalizedCaseKey(record.path);
+    SidecarEntry* const sidecar = SidecarOfSource(record.path, sourceKey);
+    const Core::Guid sourceGuid =
+        sidecar != nullptr ? sidecar->sidecar.guid : PathDerivedGuid(root_, sourceKey);
+    record.guid = sidecar != nullptr ? GuidOfSubAsset(*sidecar, sourceKey, kind, key)
+                                     : DerivedSubGuid(sourceGuid, kind, key);
+    record.id = AllocateAssetId(record.guid);
+    const AssetId id = record.id;
+    RemoveRecord(id);
+
+    const std::string dataKey = PathKey(record.dataPath);
+    FileFacts facts;
+    if (sidecar != nullptr && sourceGuid.IsValid())
+    {
+        facts.dependencies.push_back(sourceGuid);
+    }
+    Enter(std::move(record), std::move(facts));
+    sourceKeyById_.InsertOrAssign(id, sourceKey);
+    subAssetsBySource_[sourceKey].InsertOrAssign(id, dataKey);
+    return id;
+}
+
+/// Null if the source isn't on disk.
+SidecarEntry* AssetTables::SidecarOfSource(const fs::path& source, const std::string& sourceKey)
+{
+    SidecarEntry* const known = sidecarByPathKey_.Find(sourceKey);
+    if (known != nullptr)
+    {
+        return known;
+    }
+    std::error_code error;
+    if (!fs::is_regular_file(source, error))
+    {
+        Platform::NoteReadFault(source, error.value());
+        return nullptr;
+    }
+    const AssetKind kind = KindFromExtension(source);
+    RegisterFile(kind == AssetKind::Unknown ? AssetKind::Scene : kind, source);
+    return sidecarByPathKey_.Find(sourceKey);
+}
+
+Core::Guid AssetTables::GuidOfSubAsset(SidecarEntry& source, const std::string& sourceKey, AssetKind kind,
+                                       const std::string& key)
+{
+    std::vector<AssetSidecarSubAsset>& subAssets = source.sidecar.subAssets;
+    const auto listed = std::find_if(subAssets.begin(), subAssets.end(),
+                                     [&](const auto& sub) { return sub.kind == kind && sub.name == key; });
+    if (listed != subAssets.end())
+    {
+        sourcePathBySubGuid_.InsertOrAssign(listed->guid, source.path);
+        return listed->guid;
+    }
+    AssetSidecarSubAsset* sub = FindRenumbered(source.sidecar, sourceKey, kind, key);
+    if (sub != nullptr)
+    {
+        sub->name = key;
+    }
+    else
+    {
+        sub = &subAssets.emplace_back(
+            AssetSidecarSubAsset{key, kind, DerivedSubGuid(source.sidecar.guid, kind, key)});
+    }
+    const Core::Guid guid = sub->guid;
+    sourcePathBySubGuid_.InsertOrAssign(guid, source.path);
+    if (root_.IsWritable() && source.hasSidecarFile)
+    {
+        WriteOrWarn(source);
+    }
+    return guid;
+}
+
+/// A listed sub-asset that differs from `key` in its number alone and that no live record uses.
+AssetSidecarSubAsset* AssetTables::FindRenumbered(AssetSidecar& sidecar, const std::string& sourceKey,
+                                                  AssetKind kind, const std::string& key) const
+{
+    std::unordered_set<std::string_view> live;
+    if (const ById<std::string>* const records = subAssetsBySource_.Find(sourceKey))
+    {
+        for (const auto& [id, dataKey] : *records)
+        {
+            live.insert((*records_.Find(id))->subKey);
+        }
+    }
+    const auto found = std::find_if(sidecar.subAssets.begin(), sidecar.subAssets.end(),
+                                    [&](const AssetSidecarSubAsset& sub) {
+                                        return sub.kind == kind && !live.contains(sub.name) &&
+                                               WithoutNumber(sub.name) == WithoutNumber(key);
+                                    });
+    return found == sidecar.subAssets.end() ? nullptr : &*found;
+}
+
+bool AssetTables::SetFileSetting(std::string_view pathKey, std::string_view key, std::string_view value)
+{
+    SidecarEntry* const entry = sidecarByPathKey_.Find(pathKey);
+    if (!root_.IsWritable() || entry == nullptr || !entry->hasSidecarFile)
+    {
+        return false;
+    }
+    SidecarEntry changed = *entry;
+    if (SetSidecarSetting(changed.sidecar, key, value) && WriteOrWarn(changed))
+    {
+        *entry = std::move(changed);
+        ++revision_;
+    }
+    return true;
+}
+
+AssetTables::RecordPointer AssetTables::FindRecord(AssetId id) const
+{
+    const RecordPointer* const record = records_.Find(id);
+    return record == nullptr ? nullptr : *record;
+}
+
+AssetId AssetTables::FindByGuid(const Core::Guid& guid) const
+{
+    return IdIn(idByGuid_, guid);
+}
+
+AssetId AssetTables::FindByPathKey(std::string_view pathKey) const
+{
+    return IdIn(idByPathKey_, pathKey);
+}
+
+AssetId AssetTables::FindBuiltin(std::string_view name) const
+{
+    const AssetId id = IdIn(idByBuiltinName_, name);
+    return records_.Contains(id) ? id : 0;
+}
+
+std::optional<AssetInfo> AssetTables::FindInfo(const Core::Guid& guid) const
+{
+    const AssetId id = FindByGuid(guid);
+    const RecordPointer record = FindRecord(id);
+    if (!record)
+    {
+        return std::nullopt;
+    }
+    const FileFacts& facts = *facts_.Find(id);
+    return AssetInfo{
+        guid, record->path, record->kind, facts.sidecarVersion, facts.contentStamp, facts.dependencies};
+}
+
+const SidecarEntry* AssetTables::FindSidecar(std::string_view pathKey) const
+{
+    return sidecarByPathKey_.Find(pathKey);
+}
+
+const std::string* AssetTables::SourceOfSubGuid(const Core::Guid& guid) const
+{
+    return sourcePathBySubGuid_.Find(guid);
+}
+
+AssetId
+AssetTables::FindSubAsset(std::string_view sourceKey, AssetKind kind,
+                          Core::FunctionRef<bool(const AssetRecord&, const std::string&)> matches) const
+{
+    const ById<std::string>* const records = subAssetsBySource_.Find(sourceKey);
+    if (records == nullptr)
+    {
+        return 0;
+    }
+    for (const auto& [id, dataKey] : *records)
+    {
+        const AssetRecord& record = **records_.Find(id);
+        if ((kind == AssetKind::Unknown || record.kind == kind) && matches(record, dataKey))
+        {
+            return id;
+        }
+    }
+    return 0;
+}
+
+} // namespace Vornu::Assets

@@ -1,0 +1,116 @@
+#pragma once
+
+#include "engine/assets/identity/AssetRecord.h"
+#include "engine/assets/registry/AssetIdentity.h"
+#include "engine/assets/registry/AssetScan.h"
+#include "engine/core/FunctionRef.h"
+#include "engine/core/Guid.h"
+#include "engine/core/Hash.h"
+#include "engine/core/OrderedMap.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Vornu::Assets
+{
+
+/// The sidecar of a file that has been seen since the last refresh.
+struct SidecarEntry
+{
+    std::string path;
+    std::string sidecarPath;
+    AssetSidecar sidecar;
+    bool hasSidecarFile = false;
+};
+
+/// What a registry holds, and how it changes. One thread at a time; the registry locks.
+class AssetTables
+{
+public:
+    using RecordPointer = std::shared_ptr<const AssetRecord>;
+
+    void Mount(MountedRoot root);
+    void Clear();
+    void Refresh();
+
+    AssetId RegisterFile(AssetKind kind, const std::filesystem::path& path);
+    AssetId RegisterBuiltin(AssetKind kind, const std::string& name);
+    /// An empty `child` stands for the source.
+    AssetId RegisterSubAsset(AssetKind kind, const std::filesystem::path& source,
+                             const std::filesystem::path& child, const std::string& key,
+                             const std::string& displayName);
+    void RemoveAssetsOfFile(std::string_view sourceKey);
+    bool SetFileSetting(std::string_view pathKey, std::string_view key, std::string_view value);
+
+    const MountedRoot& Root() const noexcept { return root_; }
+    std::uint64_t Revision() const noexcept { return revision_; }
+
+    RecordPointer FindRecord(AssetId id) const;
+    AssetId FindByGuid(const Core::Guid& guid) const;
+    AssetId FindByPathKey(std::string_view pathKey) const;
+    AssetId FindBuiltin(std::string_view name) const;
+    std::optional<AssetInfo> FindInfo(const Core::Guid& guid) const;
+    const SidecarEntry* FindSidecar(std::string_view pathKey) const;
+    const std::string* SourceOfSubGuid(const Core::Guid& guid) const;
+
+    /// The first sub-asset of a source, in registry order, that is of the kind (Unknown for any) and for
+    /// which `matches` holds; it gets the key of the record's data file.
+    AssetId FindSubAsset(std::string_view sourceKey, AssetKind kind,
+                         Core::FunctionRef<bool(const AssetRecord&, const std::string&)> matches) const;
+
+    /// All records in the order in which they were entered.
+    const Core::OrderedMap<AssetId, RecordPointer, AssetIdHash>& Records() const noexcept { return records_; }
+
+private:
+    template<class Value>
+    using ByText = Core::OrderedMap<std::string, Value, Core::TextHash>;
+    template<class Value>
+    using ByGuid = Core::OrderedMap<Core::Guid, Value, Core::GuidHash>;
+    template<class Value>
+    using ById = Core::OrderedMap<AssetId, Value, AssetIdHash>;
+
+    /// What `AssetInfo` tells and the record doesn't.
+    struct FileFacts
+    {
+        std::uint32_t sidecarVersion = 0;
+        std::uint64_t contentStamp = 0;
+        std::vector<Core::Guid> dependencies;
+    };
+
+    void ReserveFiles(std::size_t count);
+    AssetId AddFile(ScanEntry entry);
+    void ForgetFormerPlace(AssetId id, const std::string& key);
+    void Enter(AssetRecord record, FileFacts facts);
+    void RemoveRecord(AssetId id);
+    bool RemoveSubAssets(std::string_view sourceKey);
+    bool BelongsToAnotherFile(const ScanEntry& entry) const;
+
+    SidecarEntry* SidecarOfSource(const std::filesystem::path& source, const std::string& sourceKey);
+    Core::Guid GuidOfSubAsset(SidecarEntry& source, const std::string& sourceKey, AssetKind kind,
+                              const std::string& key);
+    AssetSidecarSubAsset* FindRenumbered(AssetSidecar& sidecar, const std::string& sourceKey, AssetKind kind,
+                                         const std::string& key) const;
+
+    MountedRoot root_;
+    std::uint64_t revision_ = 0;
+    ById<RecordPointer> records_;
+    ById<FileFacts> facts_;
+    ByGuid<AssetId> idByGuid_;
+    ByText<AssetId> idByPathKey_;
+    ByText<AssetId> idByBuiltinName_;
+    ById<std::string> pathKeyById_;
+    ById<std::string> sourceKeyById_;
+    ByText<ById<std::string>> subAssetsBySource_; // the data key of each
+    ByText<SidecarEntry> sidecarByPathKey_;
+    ByGuid<std::string> sourcePathBySubGuid_;
+    // These two outlive a refresh.
+    PathKeyByGuid lastPathKeyByGuid_;
+    StampByGuid lastStampByGuid_;
+};
+
+} // namespace Vornu::Assets
