@@ -5,7 +5,7 @@
 #include "engine/core/logging/Logger.h"
 #include "engine/core/system/System.h"
 #include "engine/scene/Scene.h"
-#include "engine/scene/SceneFile.h"
+#include "engine/scene/files/SceneFile.h"
 #include "engine/scene/legacy/LegacyReader.h"
 
 #include <algorithm>

@@ -1,10 +1,10 @@
 #include "bench/JsonReference.h"
 
 #include "engine/core/Guid.h"
-#include "engine/scene/components/CoreComponents.h"
 #include "engine/scene/components/LightingComponents.h"
 #include "engine/scene/components/PhysicsComponents.h"
 #include "engine/scene/components/RenderingComponents.h"
+#include "engine/scene/entities/CoreComponents.h"
 
 #include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>

@@ -1,5 +1,5 @@
-#include "engine/scene/Registry.h"
-#include "engine/scene/components/CoreComponents.h"
+#include "engine/scene/entities/CoreComponents.h"
+#include "engine/scene/entities/Registry.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,7 +1,7 @@
 #include "bench/BenchScenes.h"
 #include "engine/assets/manager/AssetManager.h"
 #include "engine/scene/Scene.h"
-#include "engine/scene/SceneFile.h"
+#include "engine/scene/files/SceneFile.h"
 #include "engine/scene/legacy/LegacyReader.h"
 #include "tools/upgrade/Classify.h"
 #include "tools/upgrade/UpgradeFile.h"

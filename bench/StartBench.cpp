@@ -1,4 +1,4 @@
-#include "engine/scene/SceneSchema.h"
+#include "engine/scene/components/SceneSchema.h"
 
 #include <algorithm>
 #include <chrono>

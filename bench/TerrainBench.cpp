@@ -2,8 +2,8 @@
 #include "engine/assets/manager/AssetManager.h"
 #include "engine/core/text/NumberText.h"
 #include "engine/scene/Scene.h"
-#include "engine/scene/SceneFile.h"
 #include "engine/scene/components/TerrainComponents.h"
+#include "engine/scene/files/SceneFile.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,6 +1,6 @@
 #include "engine/assets/cooked/CookedContainer.h"
-#include "engine/scene/SceneStage.h"
-#include "engine/scene/SceneVersionProbe.h"
+#include "engine/scene/files/SceneStage.h"
+#include "engine/scene/files/SceneVersionProbe.h"
 #include "fuzz/FuzzFiles.h"
 #include "tools/upgrade/Classify.h"
 

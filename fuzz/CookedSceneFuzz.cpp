@@ -1,6 +1,6 @@
 #include "engine/assets/cooked/CookedContainer.h"
-#include "engine/scene/CookedScene.h"
-#include "engine/scene/SceneFile.h"
+#include "engine/scene/files/CookedScene.h"
+#include "engine/scene/files/SceneFile.h"
 #include "fuzz/FuzzFiles.h"
 #include "fuzz/FuzzScenes.h"
 

@@ -1,6 +1,6 @@
 #include "fuzz/FuzzScenes.h"
 
-#include "engine/scene/SceneFile.h"
+#include "engine/scene/files/SceneFile.h"
 #include "fuzz/FuzzFiles.h"
 
 #include <algorithm>

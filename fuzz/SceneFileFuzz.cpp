@@ -1,7 +1,7 @@
 #include "engine/assets/cooked/CookedContainer.h"
-#include "engine/scene/CookedScene.h"
-#include "engine/scene/SceneFile.h"
-#include "engine/scene/SceneStage.h"
+#include "engine/scene/files/CookedScene.h"
+#include "engine/scene/files/SceneFile.h"
+#include "engine/scene/files/SceneStage.h"
 #include "fuzz/FuzzFiles.h"
 #include "fuzz/FuzzScenes.h"
 

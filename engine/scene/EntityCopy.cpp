@@ -1,9 +1,9 @@
 #include "engine/scene/EntityCopy.h"
 
-#include "engine/scene/ComponentRegistry.h"
-#include "engine/scene/EntityReference.h"
 #include "engine/scene/Scene.h"
-#include "engine/scene/components/CoreComponents.h"
+#include "engine/scene/entities/CoreComponents.h"
+#include "engine/scene/entities/EntityReference.h"
+#include "engine/scene/registration/ComponentRegistry.h"
 
 #include <cstddef>
 #include <optional>

@@ -2,9 +2,9 @@
 
 #include "engine/core/Guid.h"
 #include "engine/core/OrderedMap.h"
-#include "engine/scene/ComponentTypeEntry.h"
-#include "engine/scene/Entity.h"
-#include "engine/scene/EntityReferenceRemapper.h"
+#include "engine/scene/entities/Entity.h"
+#include "engine/scene/entities/EntityReferenceRemapper.h"
+#include "engine/scene/registration/ComponentTypeEntry.h"
 
 #include <string>
 #include <string_view>

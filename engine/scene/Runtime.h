@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/scene/Entity.h"
+#include "engine/scene/entities/Entity.h"
 
 /// The run-time systems that a load calls once over the scene that it has made. They leave authored data as
 /// it is; without a running game they have nothing to do.

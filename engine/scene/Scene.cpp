@@ -1,10 +1,10 @@
 #include "engine/scene/Scene.h"
 
-#include "engine/scene/SceneSchema.h"
-#include "engine/scene/WorldCache.h"
-#include "engine/scene/components/CoreComponents.h"
 #include "engine/scene/components/LightingComponents.h"
 #include "engine/scene/components/RenderingComponents.h"
+#include "engine/scene/components/SceneSchema.h"
+#include "engine/scene/entities/CoreComponents.h"
+#include "engine/scene/entities/WorldCache.h"
 
 #include <algorithm>
 #include <utility>

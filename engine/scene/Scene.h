@@ -1,11 +1,11 @@
 #pragma once
 
 #include "engine/core/Guid.h"
-#include "engine/scene/Entity.h"
-#include "engine/scene/EntityMarks.h"
-#include "engine/scene/EntityRevisions.h"
-#include "engine/scene/Environment.h"
-#include "engine/scene/Registry.h"
+#include "engine/scene/components/Environment.h"
+#include "engine/scene/entities/Entity.h"
+#include "engine/scene/entities/EntityMarks.h"
+#include "engine/scene/entities/EntityRevisions.h"
+#include "engine/scene/entities/Registry.h"
 
 #include <glm/fwd.hpp>
 

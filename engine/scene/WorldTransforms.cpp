@@ -1,6 +1,6 @@
 #include "engine/scene/Scene.h"
-#include "engine/scene/WorldCache.h"
-#include "engine/scene/components/CoreComponents.h"
+#include "engine/scene/entities/CoreComponents.h"
+#include "engine/scene/entities/WorldCache.h"
 
 #include <glm/gtc/quaternion.hpp>
 #include <glm/mat4x4.hpp>

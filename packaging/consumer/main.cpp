@@ -1,6 +1,6 @@
 #include "engine/assets/manager/AssetManager.h"
 #include "engine/scene/Scene.h"
-#include "engine/scene/SceneFile.h"
+#include "engine/scene/files/SceneFile.h"
 
 #include <cstdio>
 #include <string>

@@ -6,10 +6,10 @@
 #include "engine/assets/identity/AssetSidecar.h"
 #include "engine/assets/manager/AssetManager.h"
 #include "engine/core/system/Signals.h"
-#include "engine/scene/CookedScene.h"
 #include "engine/scene/Scene.h"
-#include "engine/scene/SceneFile.h"
-#include "engine/scene/SceneSchema.h"
+#include "engine/scene/components/SceneSchema.h"
+#include "engine/scene/files/CookedScene.h"
+#include "engine/scene/files/SceneFile.h"
 
 #include <cstddef>
 #include <cstdio>

@@ -1,8 +1,8 @@
 #include "engine/scene/EntityCopy.h"
 
-#include "engine/scene/ComponentBuilder.h"
-#include "engine/scene/EntityReference.h"
 #include "engine/scene/Scene.h"
+#include "engine/scene/entities/EntityReference.h"
+#include "engine/scene/registration/ComponentBuilder.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include "engine/assets/manager/AssetManager.h"
 #include "engine/scene/Scene.h"
-#include "engine/scene/SceneFile.h"
+#include "engine/scene/files/SceneFile.h"
 #include "tests/core/TestFolder.h"
 
 #include <string>

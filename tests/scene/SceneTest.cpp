@@ -1,8 +1,8 @@
 #include "engine/scene/Scene.h"
 
-#include "engine/scene/components/CoreComponents.h"
 #include "engine/scene/components/LightingComponents.h"
 #include "engine/scene/components/RenderingComponents.h"
+#include "engine/scene/entities/CoreComponents.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "engine/scene/Scene.h"
-#include "engine/scene/components/CoreComponents.h"
+#include "engine/scene/entities/CoreComponents.h"
 
 #include <gtest/gtest.h>
 

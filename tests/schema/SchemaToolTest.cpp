@@ -1,5 +1,5 @@
 #include "engine/reflection/ValueBuilder.h"
-#include "engine/scene/SceneSchema.h"
+#include "engine/scene/components/SceneSchema.h"
 #include "tests/core/ShellRun.h"
 #include "tools/schema/JsonWriter.h"
 #include "tools/schema/MarkdownTable.h"

@@ -1,8 +1,8 @@
 #include "engine/assets/manager/AssetManager.h"
 #include "engine/core/logging/Logger.h"
-#include "engine/scene/CookedScene.h"
 #include "engine/scene/Scene.h"
-#include "engine/scene/SceneFile.h"
+#include "engine/scene/files/CookedScene.h"
+#include "engine/scene/files/SceneFile.h"
 #include "tests/upgrade/ToolRun.h"
 #include "tools/upgrade/InputFiles.h"
 

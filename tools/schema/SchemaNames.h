@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/reflection/PropertyTypes.h"
-#include "engine/scene/ComponentTypeEntry.h"
+#include "engine/scene/registration/ComponentTypeEntry.h"
 
 #include <string>
 #include <string_view>

@@ -2,7 +2,7 @@
 
 #include "engine/reflection/ReflectionRegistry.h"
 #include "engine/reflection/SchemaRecord.h"
-#include "engine/scene/ComponentRegistry.h"
+#include "engine/scene/registration/ComponentRegistry.h"
 
 namespace Vornu::Schema
 {

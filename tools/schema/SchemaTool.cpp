@@ -1,6 +1,6 @@
 #include "tools/schema/SchemaTool.h"
 
-#include "engine/scene/SceneSchema.h"
+#include "engine/scene/components/SceneSchema.h"
 #include "tools/schema/SchemaJson.h"
 #include "tools/schema/SchemaMarkdown.h"
 

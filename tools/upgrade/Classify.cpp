@@ -4,8 +4,8 @@
 #include "engine/core/files/ReadFaults.h"
 #include "engine/core/system/System.h"
 #include "engine/core/text/TokenReader.h"
-#include "engine/scene/SceneStage.h"
-#include "engine/scene/SceneVersionProbe.h"
+#include "engine/scene/files/SceneStage.h"
+#include "engine/scene/files/SceneVersionProbe.h"
 
 #include <algorithm>
 #include <cerrno>

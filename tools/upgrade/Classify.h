@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/core/text/LineReader.h"
-#include "engine/scene/SceneVersionProbe.h"
+#include "engine/scene/files/SceneVersionProbe.h"
 
 #include <filesystem>
 #include <optional>

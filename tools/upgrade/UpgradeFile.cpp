@@ -6,8 +6,8 @@
 #include "engine/core/files/ReadFaults.h"
 #include "engine/core/system/System.h"
 #include "engine/scene/Scene.h"
-#include "engine/scene/SceneFile.h"
-#include "engine/scene/SceneStage.h"
+#include "engine/scene/files/SceneFile.h"
+#include "engine/scene/files/SceneStage.h"
 #include "engine/scene/legacy/LegacyReader.h"
 #include "tools/upgrade/Classify.h"
 

@@ -4,7 +4,7 @@
 #include "engine/core/files/ReadFaults.h"
 #include "engine/core/logging/Logger.h"
 #include "engine/core/system/System.h"
-#include "engine/scene/SceneSchema.h"
+#include "engine/scene/components/SceneSchema.h"
 #include "tools/upgrade/Classify.h"
 #include "tools/upgrade/CommandLine.h"
 #include "tools/upgrade/InputFiles.h"

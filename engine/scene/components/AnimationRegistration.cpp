@@ -1,7 +1,7 @@
 #include "engine/scene/components/Registration.h"
 
-#include "engine/scene/ComponentBuilder.h"
 #include "engine/scene/components/AnimatorComponents.h"
+#include "engine/scene/registration/ComponentBuilder.h"
 
 #include <limits>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engine/assets/identity/AssetId.h"
-#include "engine/scene/Entity.h"
 #include "engine/scene/components/PhysicsComponents.h"
+#include "engine/scene/entities/Entity.h"
 
 #include <glm/gtc/quaternion.hpp>
 #include <glm/vec3.hpp>

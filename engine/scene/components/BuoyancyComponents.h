@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/core/Guid.h"
-#include "engine/scene/Entity.h"
+#include "engine/scene/entities/Entity.h"
 
 #include <glm/vec3.hpp>
 

@@ -1,8 +1,8 @@
 #include "engine/scene/components/Registration.h"
 
 #include "engine/reflection/ValueBuilder.h"
-#include "engine/scene/Curves.h"
-#include "engine/scene/Environment.h"
+#include "engine/scene/components/Curves.h"
+#include "engine/scene/components/Environment.h"
 
 namespace Vornu::Scene
 {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engine/core/Guid.h"
-#include "engine/scene/Entity.h"
 #include "engine/scene/components/GameplayLayer.h"
+#include "engine/scene/entities/Entity.h"
 
 #include <glm/vec2.hpp>
 #include <glm/vec3.hpp>

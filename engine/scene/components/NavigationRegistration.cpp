@@ -1,7 +1,7 @@
 #include "engine/scene/components/Registration.h"
 
-#include "engine/scene/ComponentBuilder.h"
 #include "engine/scene/components/NavigationComponents.h"
+#include "engine/scene/registration/ComponentBuilder.h"
 
 namespace Vornu::Scene
 {

@@ -2,7 +2,7 @@
 
 #include "engine/assets/identity/AssetId.h"
 #include "engine/core/Guid.h"
-#include "engine/scene/Curves.h"
+#include "engine/scene/components/Curves.h"
 #include "engine/scene/components/RenderingComponents.h"
 
 #include <glm/vec2.hpp>

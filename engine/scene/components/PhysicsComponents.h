@@ -2,8 +2,8 @@
 
 #include "engine/assets/identity/AssetId.h"
 #include "engine/core/Guid.h"
-#include "engine/scene/Entity.h"
 #include "engine/scene/components/GameplayLayer.h"
+#include "engine/scene/entities/Entity.h"
 
 #include <glm/vec3.hpp>
 

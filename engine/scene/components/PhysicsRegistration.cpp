@@ -1,11 +1,11 @@
 #include "engine/scene/components/Registration.h"
 
-#include "engine/scene/ComponentBuilder.h"
-#include "engine/scene/SampledComponent.h"
 #include "engine/scene/components/BuoyancyComponents.h"
 #include "engine/scene/components/ClothComponents.h"
 #include "engine/scene/components/OceanComponents.h"
 #include "engine/scene/components/PhysicsComponents.h"
+#include "engine/scene/registration/ComponentBuilder.h"
+#include "engine/scene/registration/SampledComponent.h"
 
 #include <array>
 #include <cstddef>

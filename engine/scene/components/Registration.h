@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/scene/ComponentTypeEntry.h"
+#include "engine/scene/registration/ComponentTypeEntry.h"
 
 /// The registration functions of the scene schema, one a group of types. `EnsureSceneSchema` calls them in
 /// the order that gives the components their serials.

@@ -1,11 +1,11 @@
 #include "engine/scene/components/Registration.h"
 
-#include "engine/scene/ComponentBuilder.h"
 #include "engine/scene/components/ClothComponents.h"
 #include "engine/scene/components/OceanComponents.h"
 #include "engine/scene/components/RenderingComponents.h"
 #include "engine/scene/components/SplineComponents.h"
 #include "engine/scene/components/TerrainComponents.h"
+#include "engine/scene/registration/ComponentBuilder.h"
 
 namespace Vornu::Scene
 {

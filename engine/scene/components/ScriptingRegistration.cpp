@@ -1,8 +1,8 @@
 #include "engine/scene/components/Registration.h"
 
-#include "engine/scene/ComponentBuilder.h"
 #include "engine/scene/components/ScriptComponents.h"
 #include "engine/scene/components/ScriptValues.h"
+#include "engine/scene/registration/ComponentBuilder.h"
 
 #include <cstddef>
 #include <stdexcept>

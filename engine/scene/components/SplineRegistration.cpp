@@ -1,7 +1,7 @@
 #include "engine/scene/components/Registration.h"
 
-#include "engine/scene/ComponentBuilder.h"
 #include "engine/scene/components/SplineComponents.h"
+#include "engine/scene/registration/ComponentBuilder.h"
 
 #include <stdexcept>
 #include <utility>

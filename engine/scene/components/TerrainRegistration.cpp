@@ -1,8 +1,8 @@
 #include "engine/scene/components/Registration.h"
 
-#include "engine/scene/ComponentBuilder.h"
-#include "engine/scene/SampledComponent.h"
 #include "engine/scene/components/TerrainComponents.h"
+#include "engine/scene/registration/ComponentBuilder.h"
+#include "engine/scene/registration/SampledComponent.h"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
 // The fields of these records must all be there. Faults go to the caller without the line.
 
-#include "engine/scene/LoadFault.h"
+#include "engine/scene/files/LoadFault.h"
 #include "engine/scene/legacy/Records.h"
 
 #include <algorithm>

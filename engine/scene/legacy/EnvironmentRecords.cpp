@@ -1,5 +1,5 @@
-#include "engine/scene/Environment.h"
-#include "engine/scene/LoadFault.h"
+#include "engine/scene/components/Environment.h"
+#include "engine/scene/files/LoadFault.h"
 #include "engine/scene/legacy/Records.h"
 
 #include <array>

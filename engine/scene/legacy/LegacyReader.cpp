@@ -7,9 +7,9 @@
 #include "engine/core/text/TokenReader.h"
 #include "engine/reflection/SchemaCodec.h"
 #include "engine/reflection/SchemaRecordText.h"
-#include "engine/scene/Environment.h"
-#include "engine/scene/LoadFault.h"
 #include "engine/scene/Scene.h"
+#include "engine/scene/components/Environment.h"
+#include "engine/scene/files/LoadFault.h"
 #include "engine/scene/legacy/Records.h"
 #include "engine/scene/legacy/SceneAssembly.h"
 

@@ -2,14 +2,11 @@
 
 #include "engine/core/Guid.h"
 #include "engine/reflection/TypeId.h"
-#include "engine/scene/EntityRecordStage.h"
-#include "engine/scene/Registry.h"
 #include "engine/scene/components/AiComponents.h"
 #include "engine/scene/components/AnimatorComponents.h"
 #include "engine/scene/components/AudioComponents.h"
 #include "engine/scene/components/BuoyancyComponents.h"
 #include "engine/scene/components/ClothComponents.h"
-#include "engine/scene/components/CoreComponents.h"
 #include "engine/scene/components/GameplayComponents.h"
 #include "engine/scene/components/LightingComponents.h"
 #include "engine/scene/components/NavigationComponents.h"
@@ -22,6 +19,9 @@
 #include "engine/scene/components/StreamingComponents.h"
 #include "engine/scene/components/TerrainComponents.h"
 #include "engine/scene/components/UiComponents.h"
+#include "engine/scene/entities/CoreComponents.h"
+#include "engine/scene/entities/Registry.h"
+#include "engine/scene/registration/EntityRecordStage.h"
 
 #include <algorithm>
 #include <cstddef>

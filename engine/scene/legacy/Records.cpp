@@ -1,6 +1,6 @@
 #include "engine/scene/legacy/Records.h"
 
-#include "engine/scene/LoadFault.h"
+#include "engine/scene/files/LoadFault.h"
 
 namespace Vornu::Scene::Legacy
 {

@@ -1,9 +1,9 @@
 #include "engine/scene/legacy/SceneAssembly.h"
 
 #include "engine/assets/manager/AssetManager.h"
-#include "engine/scene/EntityReference.h"
 #include "engine/scene/Hierarchy.h"
 #include "engine/scene/Runtime.h"
+#include "engine/scene/entities/EntityReference.h"
 #include "engine/scene/legacy/Records.h"
 
 #include <algorithm>

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "engine/core/Guid.h"
-#include "engine/scene/EntityRecordStage.h"
-#include "engine/scene/Environment.h"
 #include "engine/scene/Scene.h"
+#include "engine/scene/components/Environment.h"
 #include "engine/scene/legacy/PendingEntity.h"
+#include "engine/scene/registration/EntityRecordStage.h"
 
 #include <cstdint>
 #include <optional>

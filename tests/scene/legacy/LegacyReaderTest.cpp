@@ -1,4 +1,4 @@
-#include "engine/scene/components/CoreComponents.h"
+#include "engine/scene/entities/CoreComponents.h"
 #include "tests/scene/legacy/LegacyText.h"
 
 #include <gtest/gtest.h>

@@ -2,10 +2,10 @@
 
 #include "engine/assets/manager/AssetManager.h"
 #include "engine/core/logging/Logger.h"
-#include "engine/scene/ComponentRegistry.h"
 #include "engine/scene/Scene.h"
-#include "engine/scene/SceneFile.h"
+#include "engine/scene/files/SceneFile.h"
 #include "engine/scene/legacy/LegacyReader.h"
+#include "engine/scene/registration/ComponentRegistry.h"
 #include "tests/core/TestFolder.h"
 
 #include <gtest/gtest.h>

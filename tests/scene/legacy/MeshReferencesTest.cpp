@@ -3,8 +3,8 @@
 #include "engine/assets/registry/AssetReference.h"
 #include "engine/core/logging/Logger.h"
 #include "engine/scene/Scene.h"
-#include "engine/scene/SceneFile.h"
 #include "engine/scene/components/RenderingComponents.h"
+#include "engine/scene/files/SceneFile.h"
 #include "engine/scene/legacy/LegacyReader.h"
 #include "tests/core/TestFolder.h"
 

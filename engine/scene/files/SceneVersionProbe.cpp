@@ -1,0 +1,66 @@
+#include "engine/scene/files/SceneVersionProbe.h"
+
+#include "engine/assets/cooked/CookedContainer.h"
+#include "engine/core/files/ByteStream.h"
+#include "engine/core/files/InputFile.h"
+#include "engine/core/text/TokenReader.h"
+
+#include <cstddef>
+#include <span>
+#include <string_view>
+
+namespace Vornu::Scene
+{
+namespace
+{
+
+/// A container's header and the first field of its payload, the scene version.
+constexpr std::size_t kCookedHeadSize = Assets::kContainerHeaderSize + sizeof(std::uint32_t);
+
+SceneVersionProbe ProbeCookedHead(std::span<const std::byte> head)
+{
+    if (!Assets::ReadContainerHeader(head))
+    {
+        return {};
+    }
+    return {Core::ByteReader(head.subspan(Assets::kContainerHeaderSize)).ReadU32(), true};
+}
+
+} // namespace
+
+SceneVersionProbe ProbeSceneVersion(const std::filesystem::path& path)
+{
+    Core::InputFile file(path);
+    if (!file.IsOpen())
+    {
+        return {};
+    }
+    Core::LineReader lines(file);
+    std::uint64_t lineNumber = 0;
+    return ProbeSceneVersion(lines, lineNumber);
+}
+
+SceneVersionProbe ProbeSceneVersion(Core::LineReader& source, std::uint64_t& lineNumber)
+{
+    const std::string_view head = source.Peek(kCookedHeadSize);
+    if (head.size() == kCookedHeadSize && head.starts_with(Assets::kContainerMagic))
+    {
+        return ProbeCookedHead(std::as_bytes(std::span(head)));
+    }
+    std::string_view line;
+    do
+    {
+        if (!source.ReadLine(line))
+        {
+            return {};
+        }
+        ++lineNumber;
+    } while (line.empty() || line.front() == '#');
+
+    Core::TokenReader tokens(line);
+    SceneVersionProbe probe;
+    probe.found = tokens.ReadWord() == "scene_version" && tokens.Read(probe.version);
+    return probe.found ? probe : SceneVersionProbe();
+}
+
+} // namespace Vornu::Scene
