@@ -25,12 +25,16 @@ class LegacyText
 public:
     LegacyText() : settings_("VORNU_USER_SETTINGS_DIR", (folder_ / "settings").string())
     {
-        Core::GetLogger().ApplyLevelSpec("off");
+        Core::GetLogger().SetConsoleEnabled(false);
         assets.Initialize(folder_.Path(), Assets::AssetMountMode::ReadOnly);
         assets.GetRegistry().RegisterBuiltin("Sky", Assets::AssetKind::Texture);
         assets.GetRegistry().RegisterBuiltin("Red", Assets::AssetKind::Material);
         assets.GetRegistry().RegisterBuiltin("Box", Assets::AssetKind::Mesh);
     }
+
+    ~LegacyText() { Core::GetLogger().SetConsoleEnabled(true); }
+    LegacyText(const LegacyText&) = delete;
+    LegacyText& operator=(const LegacyText&) = delete;
 
     /// The error of the legacy reader; empty if it has filled `scene`.
     std::string Read(std::string_view text)
