@@ -1,11 +1,16 @@
 #include "engine/scene/components/Registration.h"
 
+#include "engine/assets/registry/AssetReference.h"
+#include "engine/core/text/NumberText.h"
 #include "engine/scene/components/ScriptComponents.h"
 #include "engine/scene/components/ScriptValues.h"
 #include "engine/scene/registration/ComponentBuilder.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <stdexcept>
+#include <string>
 #include <utility>
 #include <variant>
 
@@ -67,14 +72,29 @@ void Measure(const ScriptComponent& component)
     }
 }
 
-std::vector<ScriptFieldRecord> ToRecords(const std::vector<ScriptField>& fields)
+/// A field may hold the id of an asset as text; a file never does, as the next process numbers its assets
+/// anew.
+std::string StoredText(const ScriptField& field, const Assets::AssetRegistry* assets)
+{
+    std::string text = FormatScriptValue(field.type, field.value);
+    if (field.type != ScriptFieldType::AssetReference || assets == nullptr)
+    {
+        return text;
+    }
+    const std::optional<std::uint64_t> id = Core::ParseIntegerText<std::uint64_t>(text);
+    std::string reference =
+        id && std::to_string(*id) == text ? Assets::FormatAssetReference(*assets, *id) : "";
+    return reference.empty() ? text : reference;
+}
+
+std::vector<ScriptFieldRecord> ToRecords(const std::vector<ScriptField>& fields,
+                                         const Assets::AssetRegistry* assets)
 {
     std::vector<ScriptFieldRecord> records;
     records.reserve(fields.size());
     for (const ScriptField& field : fields)
     {
-        records.push_back(
-            {field.fieldId, field.fieldName, field.type, FormatScriptValue(field.type, field.value)});
+        records.push_back({field.fieldId, field.fieldName, field.type, StoredText(field, assets)});
     }
     return records;
 }
@@ -98,8 +118,9 @@ void SaveScripts(const ScriptComponent& component, const ComponentSaveContext& c
     ScriptComponentRecord record;
     for (const ScriptAttachment& script : component.scripts)
     {
-        record.scripts.push_back(
-            {{script}, ToRecords(script.serializedFields), ToRecords(script.unknownFields)});
+        record.scripts.push_back({{script},
+                                  ToRecords(script.serializedFields, context.assets),
+                                  ToRecords(script.unknownFields, context.assets)});
     }
     CaptureInto(record, context, out);
 }

@@ -104,9 +104,14 @@ TEST_F(ScriptRecords, ReferencesBecomeTheIdsOfTheirAssets)
     const Assets::AssetId red = legacy_.assets.GetRegistry().FindBuiltin("Red");
     EXPECT_EQ(Value(13, "builtin:Red"), ScriptValue(std::to_string(red)));
     EXPECT_EQ(Value(13, std::to_string(red)), ScriptValue(std::to_string(red)));
+    EXPECT_NE(legacy_.Save().find("\"value\" \"builtin:Red\""), std::string::npos);
+    // A field of text may hold the same digits, and text that names no asset stays as it is.
+    Read("script\nscript_field 0 \"\" \"f\" 6 \"" + std::to_string(red) + "\"");
+    EXPECT_NE(legacy_.Save().find("\"value\" \"" + std::to_string(red) + "\""), std::string::npos);
     for (const char* const lost : {"12345", "18446744073709551616", "content:gone.png", ""})
     {
         EXPECT_EQ(Value(13, lost), ScriptValue(std::string(lost)));
+        EXPECT_NE(legacy_.Save().find("\"value\" \"" + std::string(lost) + "\""), std::string::npos);
     }
 }
 
