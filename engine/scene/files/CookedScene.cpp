@@ -34,6 +34,25 @@ constexpr std::size_t kMinValueSize = 1;
 // Writing
 // -----------------------------------------------------------------------------------------------------
 
+/// What a reader would refuse is not written.
+void WriteCount(Core::ByteWriter& out, std::size_t count, std::uint32_t limit)
+{
+    if (count > limit)
+    {
+        throw std::runtime_error("Cooked item count exceeds its limit.");
+    }
+    out.WriteU32(static_cast<std::uint32_t>(count));
+}
+
+void WriteText(Core::ByteWriter& out, std::string_view text, std::uint32_t limit)
+{
+    if (text.size() > limit)
+    {
+        throw std::runtime_error("Cooked string exceeds its limit.");
+    }
+    out.WriteString(text);
+}
+
 void WriteGuid(Core::ByteWriter& out, const Core::Guid& guid)
 {
     out.WriteU64(guid.high);
@@ -48,13 +67,13 @@ void WriteValue(Core::ByteWriter& out, const SchemaValue& value)
     switch (value.GetType())
     {
     case SchemaValue::Type::Text:
-        out.WriteString(value.Text());
+        WriteText(out, value.Text(), kMaxTextSize);
         break;
     case SchemaValue::Type::Record:
         WriteRecord(out, value.Record());
         break;
     case SchemaValue::Type::Array:
-        out.WriteU32(value.Array().Size());
+        WriteCount(out, value.Array().Size(), Reflection::kMaxElements);
         for (const SchemaValue& element : value.Array())
         {
             WriteValue(out, element);
@@ -65,12 +84,12 @@ void WriteValue(Core::ByteWriter& out, const SchemaValue& value)
 
 void WriteRecord(Core::ByteWriter& out, const SchemaRecord& record)
 {
-    out.WriteString(record.name);
+    WriteText(out, record.name, kMaxNameSize);
     out.WriteU32(record.version);
-    out.WriteU32(static_cast<std::uint32_t>(record.Fields().size()));
+    WriteCount(out, record.Fields().size(), Reflection::kMaxFields);
     for (const Reflection::SchemaField& field : record.Fields())
     {
-        out.WriteString(field.name);
+        WriteText(out, field.name, kMaxNameSize);
         WriteValue(out, field.value);
     }
 }
@@ -78,10 +97,10 @@ void WriteRecord(Core::ByteWriter& out, const SchemaRecord& record)
 void WriteEntity(Core::ByteWriter& out, const StagedEntity& entity)
 {
     WriteGuid(out, entity.guid);
-    out.WriteString(entity.name);
+    WriteText(out, entity.name, kMaxNameSize);
     out.WriteU8(entity.hasParent ? 1 : 0);
     WriteGuid(out, entity.parentGuid);
-    out.WriteU32(static_cast<std::uint32_t>(entity.records.size()));
+    WriteCount(out, entity.records.size(), kMaxRecords);
     for (const StagedRecord& staged : entity.records)
     {
         out.WriteU64(staged.encodedBytes);
@@ -196,15 +215,30 @@ private:
             throw std::runtime_error("Record without a type name.");
         }
         const std::uint32_t version = in_.ReadU32();
+        if (version == 0)
+        {
+            throw std::runtime_error("Invalid component schema header.");
+        }
         const std::uint32_t count = in_.ReadCount(kMinFieldSize, Reflection::kMaxFields);
         SchemaRecord record(stage_.arena, name, version, count);
+        Reflection::FieldNameFilter names;
         for (std::uint32_t i = 0; i < count; ++i)
         {
             CountField();
-            const std::string_view field = in_.ReadString(kMaxNameSize);
+            const std::string_view field = ReadFieldName(record, names);
             record.Append(field, ReadValue(depth));
         }
         return record;
+    }
+
+    std::string_view ReadFieldName(const SchemaRecord& record, Reflection::FieldNameFilter& names)
+    {
+        const std::string_view name = in_.ReadString(kMaxNameSize);
+        if (name.empty() || (names.MayRepeat(name) && record.FindField(name) != nullptr))
+        {
+            throw std::runtime_error("Empty or duplicate schema field.");
+        }
+        return name;
     }
 
     SchemaValue ReadValue(std::uint32_t depth)
@@ -309,7 +343,7 @@ std::vector<std::byte> EncodeCookedScene(const SceneStage& stage)
     {
         WriteRecord(out, *stage.environment);
     }
-    out.WriteU32(static_cast<std::uint32_t>(stage.entities.size()));
+    WriteCount(out, stage.entities.size(), kMaxEntities);
     for (const StagedEntity& entity : stage.entities)
     {
         WriteEntity(out, entity);

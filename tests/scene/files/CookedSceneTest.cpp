@@ -3,11 +3,13 @@
 #include "engine/assets/cooked/CookedContainer.h"
 #include "engine/assets/manager/AssetManager.h"
 #include "engine/core/files/ByteStream.h"
+#include "engine/core/files/Files.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/files/SceneFile.h"
 #include "engine/scene/files/SceneVersionProbe.h"
 #include "engine/scene/registration/EntityRecordStage.h"
 #include "tests/core/TestFolder.h"
+#include "tests/scene/legacy/LegacyText.h"
 
 #include <gtest/gtest.h>
 
@@ -107,6 +109,63 @@ std::vector<std::byte> WrapValue(const std::function<void(ByteWriter&)>& value)
         });
 }
 
+/// Bytes of the record that `WrapValue` makes, in front of the text of its leaf.
+constexpr std::size_t kHeadOfValue = 5 + 4 + 4 + 5 + 5;
+
+void WriteLeaf(ByteWriter& out, std::size_t size)
+{
+    out.WriteU8(0);
+    out.WriteString(std::string(size, 'x'));
+}
+
+/// An array of leaves, or of as many arrays as there are sizes.
+void WriteArray(ByteWriter& out, const std::vector<std::uint32_t>& sizes)
+{
+    if (sizes.size() > 1)
+    {
+        out.WriteU8(2);
+        out.WriteU32(static_cast<std::uint32_t>(sizes.size()));
+    }
+    for (const std::uint32_t size : sizes)
+    {
+        out.WriteU8(2);
+        out.WriteU32(size);
+        for (std::uint32_t i = 0; i < size; ++i)
+        {
+            WriteLeaf(out, 0);
+        }
+    }
+}
+
+std::vector<std::string> NumberedNames(std::size_t count)
+{
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        names.push_back(std::to_string(i));
+    }
+    return names;
+}
+
+/// One record with a leaf under each name.
+std::vector<std::byte> WrapFields(const std::vector<std::string>& names)
+{
+    return WrapEntity(
+        [&](ByteWriter& out)
+        {
+            out.WriteU32(1);
+            out.WriteU64(0);
+            out.WriteString("R");
+            out.WriteU32(1);
+            out.WriteU32(static_cast<std::uint32_t>(names.size()));
+            for (const std::string& name : names)
+            {
+                out.WriteString(name);
+                WriteLeaf(out, 0);
+            }
+        });
+}
+
 void WriteNestedArrays(ByteWriter& out, int count)
 {
     for (int i = 0; i < count; ++i)
@@ -118,28 +177,82 @@ void WriteNestedArrays(ByteWriter& out, int count)
     out.WriteString("leaf");
 }
 
-TEST(CookedScene, LoadsToTheSameSceneAsItsText)
+/// Scenes on their way through a cooked file.
+class CookedFiles : public testing::Test
 {
-    const TestFolder folder;
-    Assets::AssetManager assets;
-    const std::filesystem::path text = folder.Write("text.vscene", kSceneText);
-    std::vector<std::byte> cooked;
-    std::string error;
-    ASSERT_TRUE(CookScene(text, cooked, error)) << error;
-    const std::filesystem::path binary = folder.Write(
-        "cooked.vscene", std::string(reinterpret_cast<const char*>(cooked.data()), cooked.size()));
-    EXPECT_EQ(ProbeSceneVersion(binary).version, 6u);
+protected:
+    /// The error of cooking a text; empty if it can be cooked.
+    std::string Cook(const std::string& text)
+    {
+        std::string error;
+        const bool done = CookScene(folder_.Write("text.vscene", text), cooked_, error);
+        EXPECT_EQ(done, error.empty());
+        return error;
+    }
 
-    std::string saved[2];
-    for (const auto& [path, out] : {std::pair(text, &saved[0]), std::pair(binary, &saved[1])})
+    /// What a save of the loaded file writes, or "<error>".
+    std::string Reload(std::string_view bytes)
     {
         Scene scene;
-        ASSERT_TRUE(LoadScene(path, scene, assets, &error)) << error;
-        ASSERT_TRUE(SaveScene(folder / "saved.vscene", scene, assets, &error)) << error;
-        *out = folder.Read("saved.vscene");
+        std::string error;
+        return LoadScene(folder_.Write("a.vscene", std::string(bytes)), scene, legacy_.assets, &error) &&
+                       SaveScene(folder_ / "saved.vscene", scene, legacy_.assets, &error)
+                   ? folder_.Read("saved.vscene")
+                   : "<" + error + ">";
     }
-    EXPECT_EQ(saved[0], saved[1]);
-    EXPECT_NE(saved[1].find("property \"tab\\tand quote\\\"\" \"\\0\""), std::string::npos);
+
+    std::string_view Cooked() const
+    {
+        return {reinterpret_cast<const char*>(cooked_.data()), cooked_.size()};
+    }
+
+    TestFolder folder_;
+    Vornu::Test::LegacyText legacy_; // for the assets that the expected texts name
+    std::vector<std::byte> cooked_;
+};
+
+TEST_F(CookedFiles, LoadToTheSameSceneAsTheirText)
+{
+    ASSERT_EQ(Cook(kSceneText), "");
+    const std::string saved = Reload(kSceneText);
+    EXPECT_EQ(Reload(Cooked()), saved);
+    EXPECT_NE(saved.find("property \"tab\\tand quote\\\"\" \"\\0\""), std::string::npos);
+    EXPECT_EQ(ProbeSceneVersion(folder_ / "a.vscene").version, 6u);
+}
+
+/// Scenes of real size: every record that there is, and more fields than one record may have.
+TEST_F(CookedFiles, LoadToTheSameSceneAsAnyText)
+{
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(VORNU_TEST_DATA "/legacy"))
+    {
+        if (entry.path().extension() == ".expected")
+        {
+            const std::string text = Platform::ReadFileBinary(entry.path()).bytes;
+            ASSERT_EQ(Cook(text), "");
+            EXPECT_EQ(Reload(Cooked()), text) << entry.path();
+        }
+    }
+}
+
+TEST_F(CookedFiles, HoldNoMoreThanTheirLimits)
+{
+    const std::string refused = "Failed to encode cooked scene " + (folder_ / "text.vscene").string() + ": ";
+    const auto entity = [](const std::string& name, std::size_t records)
+    {
+        std::string text = "scene_version 6\nentity \"6f1c2a90-3b7d-4e21-9c55-0d2f7a1b8e34\" \"" + name +
+                           "\"\ncomponent_schema \"Transform\" 1 0\nend_component_schema\n";
+        for (std::size_t i = 1; i < records; ++i)
+        {
+            text += "component_schema \"cooked.Limit\" 1 0\nend_component_schema\n";
+        }
+        return text + "end_entity\n";
+    };
+    EXPECT_EQ(Cook(entity(std::string(65'537, 'n'), 1)), refused + "Cooked string exceeds its limit.");
+    EXPECT_EQ(Cook(entity("n", 65'537)), refused + "Cooked item count exceeds its limit.");
+
+    const std::string largest = entity(std::string(65'536, 'n'), 65'536);
+    ASSERT_EQ(Cook(largest), "");
+    EXPECT_EQ(Reload(Cooked()), Reload(largest));
 }
 
 TEST(CookedScene, FaultsOfRecordsNameTheEntity)
@@ -214,6 +327,40 @@ TEST(CookedScene, FaultsOfThePayload)
                  out.WriteU64(0);
              }),
          prefix + "Record without a type name."},
+        {WrapEntity(
+             [](ByteWriter& out)
+             {
+                 out.WriteU32(1);
+                 out.WriteU64(0);
+                 out.WriteString("R");
+                 out.WriteU64(0);
+             }),
+         prefix + "Invalid component schema header."},
+        {WrapFields({"a", "b"}), "none"},
+        {WrapFields({"a", ""}), prefix + "Empty or duplicate schema field."},
+        {WrapFields({"a", "b", "a"}), prefix + "Empty or duplicate schema field."},
+        {WrapFields(NumberedNames(1024)), "none"},
+        {WrapFields(NumberedNames(1025)), prefix + "Cooked item count exceeds its limit."},
+        {WrapFields({std::string(65'537, 'n')}), prefix + "Cooked string exceeds its limit."},
+        {WrapValue([](ByteWriter& out) { WriteArray(out, {1024}); }), "none"},
+        {WrapValue([](ByteWriter& out) { WriteArray(out, {1025}); }),
+         prefix + "Cooked item count exceeds its limit."},
+        // With the field and the elements of the outer array 4,096, and one more.
+        {WrapValue(
+             [](ByteWriter& out) {
+                 WriteArray(out, {1024, 1024, 1024, 1019});
+             }),
+         "none"},
+        {WrapValue(
+             [](ByteWriter& out) {
+                 WriteArray(out, {1024, 1024, 1024, 1020});
+             }),
+         prefix + "Record exceeds the total field limit."},
+        {WrapValue([](ByteWriter& out) { WriteLeaf(out, 0x100000 - kHeadOfValue); }), "none"},
+        {WrapValue([](ByteWriter& out) { WriteLeaf(out, 0x100001 - kHeadOfValue); }),
+         prefix + "Record exceeds the schema size limit."},
+        {WrapValue([](ByteWriter& out) { WriteLeaf(out, 0x100001); }),
+         prefix + "Cooked string exceeds its limit."},
         {WrapEntity(
              [](ByteWriter& out)
              {
