@@ -9,10 +9,8 @@
 namespace
 {
 
-/// Plain lengths hold names and records of plugins that no line can.
-constexpr std::string_view kRefusals[] = {"Cannot save an entity name that holds a line feed.",
-                                          "Invalid component schema header.",
-                                          "Empty or duplicate schema field."};
+/// A plain length holds a name that no line can.
+constexpr std::string_view kRefusals[] = {"Cannot save an entity name that holds a line feed."};
 
 } // namespace
 

@@ -15,6 +15,8 @@ namespace Vornu::Reflection
 template<class Value>
 FieldAttr CompleteField(const ReflectionRegistry& registry, const char* name, FieldAttr attributes)
 {
+    static_assert(NaturalKind<LeafType<Value>>() != PropertyKind::Custom,
+                  "no kind of property holds this type; see NaturalKind for those that have one");
     if (attributes.displayName.empty())
     {
         attributes.displayName = name;

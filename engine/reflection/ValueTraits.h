@@ -50,7 +50,7 @@ struct LeafOf<std::array<Element, kSize>> : LeafOf<Element>
 template<class Value>
 using LeafType = typename Detail::LeafOf<Value>::Type;
 
-/// The kind that a value type suggests.
+/// The kind that a value type suggests; `Custom` for one that no kind holds, such as `double`.
 template<class Value>
 constexpr PropertyKind NaturalKind() noexcept
 {
@@ -105,7 +105,7 @@ constexpr PropertyKind NaturalKind() noexcept
     }
     else
     {
-        return Object;
+        return std::is_class_v<Value> ? Object : Custom;
     }
 }
 

@@ -222,8 +222,7 @@ void RegisterScriptingComponents()
     RegisterComponent<ScriptComponent>("ScriptComponent", "Script Component", "Scripting", kAddable)
         .Description("Hosts one or more C# script attachments.")
         .AddCustom(&ScriptComponent::scripts)
-        .Records<std::monostate>({{"ScriptComponentRecord", false}}, &SaveScripts, &LoadScripts,
-                                 [](ComponentLoadValue<ScriptComponent>&) {})
+        .Records({{"ScriptComponentRecord", false}}, &SaveScripts, &LoadScripts)
         .OnRemap(&RemapScripts);
 }
 

@@ -12,9 +12,12 @@
 #include "engine/scene/files/SceneFile.h"
 #include "engine/scene/files/SceneStage.h"
 #include "engine/scene/registration/EntityRecordStage.h"
+#include "engine/scene/registration/MissingComponents.h"
 
 #include <optional>
+#include <set>
 #include <stdexcept>
+#include <string>
 
 namespace Vornu::Scene
 {
@@ -64,8 +67,7 @@ public:
         CheckEntities();
         const Reflection::SchemaCodecContext codec = Assets::MakeSceneCodecContext(assets_);
         WriteEnvironment(codec);
-        const ComponentRecordTable table;
-        const auto components = table.ComponentsIn(scene_);
+        const auto components = table_.ComponentsIn(scene_);
         auto parent = parents_.begin(); // one for each saved entity, in order
         for (const Entity entity : scene_.AliveEntities())
         {
@@ -74,6 +76,10 @@ public:
                 WriteEntity(entity, (*parent).second, components, codec);
                 ++parent;
             }
+        }
+        for (const std::string& name : superseded_)
+        {
+            ReportSupersededRecords(name);
         }
     }
 
@@ -109,6 +115,7 @@ private:
         {
             throw std::runtime_error("Cannot save an entity name that holds a line feed.");
         }
+        RequireFrame(table_, scene_, entity);
         if (!parents_.Emplace(identity->guid, ParentGuid(entity)).second)
         {
             throw std::runtime_error("Cannot save duplicate entity GUIDs.");
@@ -134,10 +141,10 @@ private:
 
     void WriteEnvironment(const Reflection::SchemaCodecContext& codec)
     {
-        arena_.Reset();
-        Reflection::WriteSchemaRecord(
-            out_, Reflection::CaptureObject(Reflection::ViewOf(scene_.GetEnvironment()),
-                                            Reflection::ReflectionRegistry::Instance(), codec, arena_));
+        Reflection::WriteSchemaRecord(out_,
+                                      Reflection::CaptureObject(Reflection::ViewOf(scene_.GetEnvironment()),
+                                                                Reflection::ReflectionRegistry::Instance(),
+                                                                codec, records_.Arena()));
     }
 
     void WriteEntity(Entity entity, const Core::Guid& parentGuid,
@@ -151,9 +158,8 @@ private:
         out_.Append("\nparent ");
         WriteGuid(out_, parentGuid);
         out_.Append('\n');
-        arena_.Reset();
         records_.clear();
-        SaveEntity(components, {&scene_, entity, &codec, &assets_, &arena_}, records_);
+        SaveEntity(components, {&scene_, entity, &codec, &assets_, &table_, &superseded_}, records_);
         for (const Reflection::SchemaRecord& record : records_)
         {
             Reflection::WriteSchemaRecord(out_, record);
@@ -165,8 +171,9 @@ private:
     const Assets::AssetRegistry& assets_;
     Core::TextWriter& out_;
     Core::OrderedMap<Core::Guid, Core::Guid, Core::GuidHash> parents_;
-    Reflection::SchemaArena arena_;
+    const ComponentRecordTable table_;
     ComponentTypeEntry::RecordList records_;
+    std::set<std::string, std::less<>> superseded_;
 };
 
 void WriteAndReplace(Platform::TemporaryFile& file, const std::filesystem::path& target, const Scene& scene,

@@ -30,9 +30,8 @@ using Reflection::PropertyKind;
 template<class Type>
 void CaptureInto(const Type& object, const ComponentSaveContext& context, ComponentTypeEntry::RecordList& out)
 {
-    out.push_back(Reflection::CaptureObject(Reflection::ViewOf(object),
-                                            Reflection::ReflectionRegistry::Instance(), *context.codec,
-                                            *context.arena));
+    out.push_back(Reflection::CaptureObject(
+        Reflection::ViewOf(object), Reflection::ReflectionRegistry::Instance(), *context.codec, out.Arena()));
 }
 
 /// Applies a record onto a fresh object of its type.
@@ -68,10 +67,16 @@ void InstallComponentSaver(ComponentTypeEntry& entry, Capture capture)
     };
 }
 
+/// For components that are complete with their last record.
+struct NoFinish
+{
+    void operator()(ComponentLoadState&) const noexcept {}
+};
+
 /// Installs the loader: `load(ComponentLoadValue<Component, Extra>&, record, encodedBytes, context)` for
 /// every record, then `finish(ComponentLoadValue<Component, Extra>&)` and the load hooks.
-template<class Component, class Extra, class Load, class Finish>
-void InstallComponentLoader(ComponentTypeEntry& entry, Load load, Finish finish)
+template<class Component, class Extra = std::monostate, class Load, class Finish = NoFinish>
+void InstallComponentLoader(ComponentTypeEntry& entry, Load load, Finish finish = {})
 {
     using Value = ComponentLoadValue<Component, Extra>;
     entry.makeLoadState = [] { return std::unique_ptr<ComponentLoadState>(std::make_unique<Value>()); };
@@ -176,11 +181,9 @@ ComponentTypeEntry& MakeComponentEntry(const std::string& typeName, const std::s
     Detail::InstallEntityOperations<Component>(entry);
     InstallComponentSaver<Component>(entry, &CaptureInto<Component>);
     using Value = ComponentLoadValue<Component>;
-    InstallComponentLoader<Component, std::monostate>(
-        entry,
-        [](Value& state, const Reflection::SchemaRecord& record, std::uint64_t,
-           const ComponentLoadContext& context) { state.value = ApplyFresh<Component>(record, context); },
-        [](Value&) {});
+    InstallComponentLoader<Component>(entry, [](Value& state, const Reflection::SchemaRecord& record,
+                                                std::uint64_t, const ComponentLoadContext& context)
+                                      { state.value = ApplyFresh<Component>(record, context); });
     return entry;
 }
 
@@ -300,8 +303,8 @@ public:
     template<class Function>
     ComponentBuilder& OnRemap(Function function)
     {
-        entry_.remapHooks.push_back([function](void* component, const EntityReferenceRemapper& remapper)
-                                    { function(*static_cast<Component*>(component), remapper); });
+        entry_.AddRemap([function](void* component, const EntityReferenceRemapper& remapper)
+                        { function(*static_cast<Component*>(component), remapper); });
         return *this;
     }
 
@@ -409,8 +412,9 @@ public:
 
     /// Replaces the record list, with a saver and a loader of the component's own (see
     /// `InstallComponentSaver` and `InstallComponentLoader` for the signatures).
-    template<class Extra, class Capture, class Load, class Finish>
-    ComponentBuilder& Records(std::vector<ComponentRecordRow> rows, Capture capture, Load load, Finish finish)
+    template<class Extra = std::monostate, class Capture, class Load, class Finish = NoFinish>
+    ComponentBuilder& Records(std::vector<ComponentRecordRow> rows, Capture capture, Load load,
+                              Finish finish = {})
     {
         if (rows.empty())
         {
@@ -436,7 +440,7 @@ public:
             throw std::invalid_argument("SaveAs record type is not reflected: " + entry_.typeName);
         }
         using Value = ComponentLoadValue<Component>;
-        return Records<std::monostate>(
+        return Records(
             {{type->name, false}},
             [toRecord](const Component& component, const ComponentSaveContext& context,
                        ComponentTypeEntry::RecordList& out)
@@ -446,8 +450,7 @@ public:
             },
             [fromRecord](Value& state, const Reflection::SchemaRecord& record, std::uint64_t,
                          const ComponentLoadContext& context)
-            { fromRecord(ApplyFresh<RecordType>(record, context), state.value, context); },
-            [](Value&) {});
+            { fromRecord(ApplyFresh<RecordType>(record, context), state.value, context); });
     }
 
 private:

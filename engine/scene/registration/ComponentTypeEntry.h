@@ -10,7 +10,9 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -28,6 +30,7 @@ struct TypeInfo;
 namespace Vornu::Scene
 {
 
+class ComponentRecordTable;
 class EntityReferenceRemapper;
 class MissingComponentReport;
 class IStorage;
@@ -78,7 +81,11 @@ struct ComponentSaveContext
     Entity entity = kNullEntity;
     const Reflection::SchemaCodecContext* codec = nullptr;
     const Assets::AssetRegistry* assets = nullptr;
-    Reflection::SchemaArena* arena = nullptr; // holds the records that are saved
+    /// The record names of all components; without it the save of an entity with preserved records makes one.
+    const ComponentRecordTable* table = nullptr;
+    /// Where names of components are noted whose preserved records give way to the component itself; without
+    /// it each is reported at once.
+    std::set<std::string, std::less<>>* superseded = nullptr;
 };
 
 /// A component under construction by a load.
@@ -130,7 +137,7 @@ struct ComponentRecordAlias
 /// One registered component: how to reach it on an entity, and what it means for files.
 struct ComponentTypeEntry
 {
-    using RecordList = std::vector<Reflection::SchemaRecord>;
+    using RecordList = Reflection::SchemaRecordList;
 
     std::string typeName; // also the name of its `TypeInfo` and, unless replaced, of its record
     std::string displayName;
@@ -182,6 +189,11 @@ struct ComponentTypeEntry
     const void* (*getConst)(const Registry& registry, Entity entity) = nullptr;
     Reflection::ObjectView (*view)(Registry& registry, Entity entity) = nullptr;
     Reflection::ObjectView (*viewConst)(const Registry& registry, Entity entity) = nullptr;
+
+    void AddRemap(std::function<void(void* component, const EntityReferenceRemapper& remapper)> hook)
+    {
+        remapHooks.push_back(std::move(hook));
+    }
 
     /// Whether scene files hold records of the component.
     bool HasSceneRecords() const noexcept

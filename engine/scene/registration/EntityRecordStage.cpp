@@ -1,17 +1,105 @@
 #include "engine/scene/registration/EntityRecordStage.h"
 
 #include "engine/reflection/ReflectionRegistry.h"
+#include "engine/reflection/SchemaRecordText.h"
 #include "engine/scene/entities/Registry.h"
 #include "engine/scene/registration/MissingComponents.h"
 
 #include <algorithm>
 #include <new>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
 namespace Vornu::Scene
 {
+
+namespace
+{
+
+[[noreturn]] void ThrowMissing(const ComponentTypeEntry& entry)
+{
+    throw std::runtime_error("Entity is missing its " + entry.records.front().name + " record.");
+}
+
+/// Appends what was preserved for an entity, as a load would take it.
+class PreservedRecordSaver
+{
+public:
+    PreservedRecordSaver(const ComponentRecordTable& table, const ComponentSaveContext& context,
+                         ComponentTypeEntry::RecordList& out)
+        : table_(table), context_(context), out_(out)
+    {
+    }
+
+    void Save(const PreservedRecordSet& preserved)
+    {
+        for (const Reflection::SchemaRecord& record : preserved.Records())
+        {
+            const ComponentRecordTable::Row* const row = table_.Find(record.name);
+            if (row != nullptr && row->entry->has(*context_.registry, context_.entity))
+            {
+                NoteSuperseded(record.name);
+                continue;
+            }
+            out_.push_back(Reflection::CopyRecord(record, out_.Arena()));
+            if (row != nullptr)
+            {
+                Try([&] { Load(record); }, record.name);
+            }
+            else if (!IsPluginRecordName(record.name))
+            {
+                throw std::runtime_error("Unsupported component schema: " + std::string(record.name));
+            }
+        }
+        Try([&] { stage_.Finish(false); }, loadedName_);
+    }
+
+private:
+    void NoteSuperseded(std::string_view name)
+    {
+        if (context_.superseded == nullptr)
+        {
+            ReportSupersededRecords(name);
+        }
+        else if (!context_.superseded->contains(name))
+        {
+            context_.superseded->emplace(name);
+        }
+    }
+
+    /// A migration changes the record, so a copy is loaded.
+    void Load(const Reflection::SchemaRecord& record)
+    {
+        loadedName_ = record.name;
+        Reflection::SchemaRecord copy = Reflection::CopyRecord(record, arena_);
+        stage_.Load(copy, Reflection::MeasureSchemaRecord(record));
+    }
+
+    template<class Step>
+    static void Try(Step step, std::string_view name)
+    {
+        try
+        {
+            step();
+        }
+        catch (const std::runtime_error& fault)
+        {
+            throw std::runtime_error(std::string(name) + ": " + fault.what());
+        }
+    }
+
+    const ComponentRecordTable& table_;
+    const ComponentSaveContext& context_;
+    ComponentTypeEntry::RecordList& out_;
+    Reflection::SchemaArena arena_;
+    const ComponentLoadContext loadContext_{context_.codec, context_.assets, nullptr};
+    EntityRecordStage stage_{table_, loadContext_};
+    std::string_view loadedName_;
+};
+
+} // namespace
 
 void EntityRecordStage::Clear() noexcept
 {
@@ -136,7 +224,7 @@ void EntityRecordStage::Finish(bool requireFrame)
     {
         if (!Contains(*entry))
         {
-            throw std::runtime_error("Entity is missing its " + entry->records.front().name + " record.");
+            ThrowMissing(*entry);
         }
     }
 }
@@ -161,6 +249,17 @@ void EntityRecordStage::Commit(Registry& registry, Entity entity, Filter filter)
 void EntityRecordStage::Commit(Registry& registry, Entity entity)
 {
     Commit(registry, entity, [](const ComponentTypeEntry&) { return true; });
+}
+
+void RequireFrame(const ComponentRecordTable& table, const Registry& registry, Entity entity)
+{
+    for (const ComponentTypeEntry* const entry : table.FrameComponents())
+    {
+        if (!entry->has(registry, entity))
+        {
+            ThrowMissing(*entry);
+        }
+    }
 }
 
 void ResolveEntity(std::span<const ComponentTypeEntry* const> resolveOrder, Registry& registry, Entity entity)
@@ -200,10 +299,14 @@ void SaveEntity(std::span<const ComponentTypeEntry* const> saveOrder, const Comp
             throw std::runtime_error(entry->typeName + ": " + fault.what());
         }
     }
-    if (const auto preserved = context.registry->PreservedRecords(context.entity))
+    const auto preserved = context.registry->PreservedRecords(context.entity);
+    if (preserved == nullptr)
     {
-        out.insert(out.end(), preserved->Records().begin(), preserved->Records().end());
+        return;
     }
+    std::optional<ComponentRecordTable> own;
+    const ComponentRecordTable& table = context.table != nullptr ? *context.table : own.emplace();
+    PreservedRecordSaver(table, context, out).Save(*preserved);
 }
 
 } // namespace Vornu::Scene

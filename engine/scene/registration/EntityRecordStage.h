@@ -76,8 +76,13 @@ private:
 void ResolveEntity(std::span<const ComponentTypeEntry* const> resolveOrder, Registry& registry,
                    Entity entity);
 
+/// Fails where a load of the entity's records would for want of a component that every entity has.
+void RequireFrame(const ComponentRecordTable& table, const Registry& registry, Entity entity);
+
 /// Appends the records of an entity: those of its components that are among the given ones, in their order,
-/// then its preserved records. A fault gets the prefix "<component>: ".
+/// then copies of its preserved records. Records that were preserved under the name of a component that the
+/// entity has by now are left out; others that a load would refuse fail. A fault gets the prefix
+/// "<component>: ".
 void SaveEntity(std::span<const ComponentTypeEntry* const> saveOrder, const ComponentSaveContext& context,
                 ComponentTypeEntry::RecordList& out);
 

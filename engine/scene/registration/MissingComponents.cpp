@@ -79,6 +79,13 @@ void ReportRemovedComponent(std::string_view name)
     }
 }
 
+void ReportSupersededRecords(std::string_view name)
+{
+    Core::LogWarning("Component '" + std::string(name) +
+                     "' is saved from the entities that have it; the data that was kept for them while its "
+                     "plugin was not loaded is left out.");
+}
+
 void MissingComponentReport::Note(std::string_view name)
 {
     if (seen_.emplace(name).second)

@@ -24,6 +24,10 @@ void ReportUnloadedPluginComponent(const std::string& name);
 /// Warns that the data of a removed component is skipped; once a name in each process. Safe from any thread.
 void ReportRemovedComponent(std::string_view name);
 
+/// Warns that entities are saved with their component of the name, and not with the records that were kept
+/// for them while its plugin wasn't loaded.
+void ReportSupersededRecords(std::string_view name);
+
 /// Holds back the warnings of a load until it is known to be one worth warning about.
 class MissingComponentReport
 {

@@ -489,11 +489,10 @@ TEST(Catalogue, GeneratedMeshesStayOutOfFiles)
     codec.assetToText = [](std::uint64_t id, const Reflection::AssetTypeInfo&) { return std::to_string(id); };
     const auto saved = [&](Entity entity)
     {
-        Reflection::SchemaArena arena;
         ComponentTypeEntry::RecordList records;
         const ComponentTypeEntry& entry = *ComponentRegistry::Instance().Find("MeshRendererComponent");
-        entry.saver(entry.getConst(scene, entity), {&scene, entity, &codec, nullptr, &arena}, records);
-        return std::string(records.at(0).FindField("mesh")->value.Text());
+        entry.saver(entry.getConst(scene, entity), {&scene, entity, &codec}, records);
+        return std::string(records.back().FindField("mesh")->value.Text());
     };
     const auto entityWith = [&](Assets::AssetId mesh)
     {

@@ -4,6 +4,7 @@
 #include "engine/scene/EntityCopy.h"
 #include "engine/scene/components/SceneSchema.h"
 #include "engine/scene/registration/ComponentBuilder.h"
+#include "tests/assets/LogLines.h"
 #include "tests/scene/OneEntityScene.h"
 
 #include <gtest/gtest.h>
@@ -323,6 +324,36 @@ TEST(PluginComponents, RecordsOfAnUnloadedPluginSurviveUntilItIsThere)
     EXPECT_TRUE(entry.has(scene, scene.AliveEntities()[0]));
     EXPECT_EQ(Save(scene), door);
     EXPECT_NE(Load(nonsense, scene), "");
+}
+
+TEST(PluginComponents, RecordsAreSavedAsTheyLoadWhenTheirPluginComesLater)
+{
+    const std::string kept = Record("late.Door", 1, "speed", "2.5");
+    const std::string other = Record("never.Door", 1, "speed", "");
+    Scene scene;
+    Scene twice;
+    Scene faulty;
+    ASSERT_EQ(Load(kept + other, scene), "");
+    ASSERT_EQ(Load(other + kept + kept, twice), "");
+    ASSERT_EQ(Load(Record("late.Door", 1, "height", "2"), faulty), "");
+    const auto& entry = Register(Definition("late.Door", {Field("speed", 1.0f)}));
+
+    EXPECT_EQ(Save(scene), kept + other);
+    EXPECT_EQ(Save(twice), "Failed to save scene: late.Door: Duplicate component schema: late.Door");
+    EXPECT_EQ(Save(faulty),
+              "Failed to save scene: late.Door: Unknown, duplicate, or unavailable schema field: "
+              "late.Door.height");
+
+    // The component that an entity has counts, and what was kept under its name goes with one warning.
+    entry.add(scene, scene.AliveEntities()[0]);
+    entry.add(twice, twice.AliveEntities()[0]);
+    Vornu::Test::LogLines log;
+    EXPECT_EQ(Save(scene), Record("late.Door", 1, "speed", "1") + other);
+    EXPECT_EQ(Save(twice), Record("late.Door", 1, "speed", "1") + other);
+    const std::string warning =
+        "[Warn] Component 'late.Door' is saved from the entities that have it; the data "
+        "that was kept for them while its plugin was not loaded is left out.\n";
+    EXPECT_EQ(log.Take(), warning + warning);
 }
 
 // The last test of the suite, since it leaves no type to the others.

@@ -238,6 +238,14 @@ TEST_F(ComponentRegistryTest, EntriesDescribeTheirComponent)
               "Two components claim the scene record name: B");
     second.flags = ComponentFlags::Serialized | ComponentFlags::FrameRecord;
     EXPECT_EQ(ComponentRecordTable(own).SaveOrder().size(), 1u);
+
+    // A save demands what a load would.
+    first.flags = kSaved | ComponentFlags::EntityFrame;
+    first.has = [](const Registry&, Entity entity) { return entity != kNullEntity; };
+    const ComponentRecordTable framed(own);
+    RequireFrame(framed, scene, scene.CreateEntity("E"));
+    EXPECT_EQ(FailureOf<std::runtime_error>([&] { RequireFrame(framed, scene, kNullEntity); }),
+              "Entity is missing its A record.");
     EXPECT_EQ(FailureOf<std::invalid_argument>(
                   [] { RegisterComponent<Bare>("TestBare", "", "", ComponentFlags::None).Version(0); }),
               "Component schema versions start at 1: TestBare");
