@@ -35,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Core::LineReader lines(text);
     Scene::SceneStage stage;
     std::string error;
-    const bool parsed = Scene::ParseSceneText(lines, true, stage, "scene", error);
+    const bool parsed = Scene::ParseSceneText(lines, stage, "scene", error);
     Fuzz::Require(!reason || !parsed, "a current file is called legacy: " + reason.value_or(""));
     Fuzz::Require(reason || !found || !SaysLegacy(error), "a legacy file has no reason: " + error);
     return 0;

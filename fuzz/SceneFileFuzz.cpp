@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Core::LineReader lines(text);
     Scene::SceneStage stage;
     std::string parseError;
-    const bool parsed = Scene::ParseSceneText(lines, true, stage, source, parseError);
+    const bool parsed = Scene::ParseSceneText(lines, stage, source, parseError);
 
     Fuzz::WriteBytes(source, text);
     Scene::Scene scene;

@@ -35,11 +35,6 @@ std::string_view LineReader::Peek(std::size_t size)
     return {at_, std::min(size, static_cast<std::size_t>(end_ - at_))};
 }
 
-void LineReader::ReleaseLines() noexcept
-{
-    retired_.clear();
-}
-
 /// Goes on where the buffer holds no line end.
 bool LineReader::ReadBeyondBuffer(std::string_view& line)
 {

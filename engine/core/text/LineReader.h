@@ -44,7 +44,7 @@ public:
     std::string_view Peek(std::size_t size);
 
     /// Gives up the lines that were handed out so far, for a reader that keeps them.
-    void ReleaseLines() noexcept;
+    void ReleaseLines() noexcept { retired_.clear(); }
 
     /// True once a read has failed.
     bool Failed() const noexcept { return incomplete_ || (file_ != nullptr && file_->Failed()); }

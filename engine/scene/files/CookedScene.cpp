@@ -318,7 +318,7 @@ bool CookScene(const std::filesystem::path& path, std::vector<std::byte>& bytes,
     SceneStage stage;
     const bool complete = file.ReadAll(stage.bytes);
     Core::LineReader lines(stage.bytes.View(), !complete);
-    if (!ParseSceneText(lines, true, stage, path, error))
+    if (!ParseSceneText(lines, stage, path, error))
     {
         return false;
     }

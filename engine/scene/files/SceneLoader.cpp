@@ -8,6 +8,7 @@
 #include "engine/scene/Hierarchy.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/components/Environment.h"
+#include "engine/scene/entities/CoreComponents.h"
 #include "engine/scene/files/CookedScene.h"
 #include "engine/scene/files/LoadFault.h"
 #include "engine/scene/files/SceneFile.h"
@@ -40,17 +41,18 @@ std::string FaultAt(std::uint32_t line, std::size_t entity, const std::exception
 
 /// Makes the new scene beside the target while the file is read, so that no more than one record is held at a
 /// time. The faults of the steps are held back: a fault of the text, wherever it stands, comes
-/// before one of the environment, that before one of an entity's records, that before one of the whole scene.
+/// before one of the environment, that before one of an entity's records, that before one of the GUIDs and
+/// the hierarchy, that before one of the making.
 class SceneBuilder final : public SceneSink
 {
 public:
-    /// Records of text are views into what `lines` hands out; null for a cooked scene.
-    SceneBuilder(const Scene& target, const Assets::AssetRegistry& assets, Core::LineReader* lines)
-        : lines_(lines), codec_(Assets::MakeSceneCodecContext(assets)), context_{&codec_, &assets, &missing_}
+    SceneBuilder(const Scene& target, const Assets::AssetRegistry& assets)
+        : codec_(Assets::MakeSceneCodecContext(assets)), context_{&codec_, &assets, &missing_}
     {
         scene_.InheritGenerations(target);
     }
 
+    bool KeepsRecords() const override { return false; }
     Reflection::SchemaArena& Arena() override { return arena_; }
 
     void TakeEnvironment(Reflection::SchemaRecord& record) override
@@ -64,21 +66,21 @@ public:
         {
             environmentFault_ = std::string("Failed to load scene environment: ") + fault.what();
         }
-        ReleaseRecords();
+        arena_.Reset();
     }
 
     void TakeRecord(StagedRecord& staged) override
     {
         HoldRecordFault(staged.line, [&] { components_.Load(staged.record, staged.encodedBytes); });
-        ReleaseRecords();
+        arena_.Reset();
     }
 
     void TakeEntity(StagedEntity& entity) override
     {
         HoldRecordFault(entity.line, [&] { components_.Finish(true); });
-        if (recordFault_.empty() && sceneFault_.empty())
+        if (recordFault_.empty() && !hasDuplicates_)
         {
-            AddEntity(entity);
+            TakeIdentity(entity);
         }
         components_.Clear();
         ++entityCount_;
@@ -96,9 +98,14 @@ public:
         {
             throw LoadFault(recordFault_);
         }
-        if (!sceneFault_.empty())
+        if (hasDuplicates_)
         {
-            throw std::runtime_error(sceneFault_);
+            throw std::runtime_error("Scene contains duplicate entity GUIDs.");
+        }
+        if (!makingFault_.empty())
+        {
+            ValidateHierarchy(unmade_);
+            throw std::runtime_error(makingFault_);
         }
         LinkParents();
         scene_.SetEnvironment(std::move(environment_));
@@ -111,15 +118,6 @@ public:
     }
 
 private:
-    void ReleaseRecords()
-    {
-        arena_.Reset();
-        if (lines_ != nullptr)
-        {
-            lines_->ReleaseLines();
-        }
-    }
-
     /// Runs a step of the components' load, which ends with its first fault.
     template<class Step>
     void HoldRecordFault(std::uint32_t line, Step step)
@@ -138,14 +136,35 @@ private:
         }
     }
 
+    void TakeIdentity(StagedEntity& staged)
+    {
+        if (makingFault_.empty())
+        {
+            hasDuplicates_ = scene_.FindEntityByGuid(staged.guid) != kNullEntity;
+            if (!hasDuplicates_)
+            {
+                AddEntity(staged);
+            }
+            return;
+        }
+        hasDuplicates_ = !unmade_.Emplace(staged.guid, staged.parentGuid).second;
+    }
+
+    /// Behind an entity that couldn't be made, identities are only noted, to be checked.
+    void HoldMakingFault(const StagedEntity& staged, const std::exception& fault)
+    {
+        makingFault_ = fault.what();
+        for (std::size_t i = 0; i < entities_.size(); ++i)
+        {
+            unmade_.Emplace(scene_.Get<EntityGuidComponent>(entities_[i]).guid, parentGuids_[i]);
+        }
+        unmade_.Emplace(staged.guid, staged.parentGuid);
+    }
+
     void AddEntity(StagedEntity& staged)
     {
         try
         {
-            if (scene_.FindEntityByGuid(staged.guid) != kNullEntity)
-            {
-                throw std::runtime_error("Scene contains duplicate entity GUIDs.");
-            }
             const Entity entity = scene_.CreateEntity(std::move(staged.name), staged.guid);
             components_.Commit(scene_, entity);
             entities_.push_back(entity);
@@ -153,7 +172,7 @@ private:
         }
         catch (const std::exception& fault)
         {
-            sceneFault_ = fault.what();
+            HoldMakingFault(staged, fault);
         }
     }
 
@@ -183,7 +202,6 @@ private:
         }
     }
 
-    Core::LineReader* lines_;
     Reflection::SchemaCodecContext codec_;
     MissingComponentReport missing_;
     ComponentLoadContext context_;
@@ -197,7 +215,9 @@ private:
     std::size_t entityCount_ = 0;
     std::string environmentFault_;
     std::string recordFault_;
-    std::string sceneFault_;
+    std::string makingFault_;
+    bool hasDuplicates_ = false;
+    ParentMap unmade_; // of all entities, where one of them couldn't be made
 };
 
 bool BeginsCooked(Core::InputFile& file)
@@ -222,7 +242,7 @@ Scene LoadCooked(const std::filesystem::path& path, const Scene& target,
     {
         throw LoadFault(error);
     }
-    SceneBuilder builder(target, registry, nullptr);
+    SceneBuilder builder(target, registry);
     if (stage.environment)
     {
         builder.TakeEnvironment(*stage.environment);
@@ -250,9 +270,9 @@ Scene LoadText(const std::filesystem::path& path, Core::InputFile& file, const S
             "or the packager.");
     }
     Core::LineReader lines(file, Core::LineReader::Lines::UntilRelease);
-    SceneBuilder builder(target, registry, &lines);
+    SceneBuilder builder(target, registry);
     std::string error;
-    if (!ReadSceneText(lines, true, builder, path, error))
+    if (!ReadSceneText(lines, builder, path, error))
     {
         throw LoadFault(error);
     }

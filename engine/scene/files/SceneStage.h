@@ -51,6 +51,9 @@ class SceneSink
 public:
     virtual ~SceneSink() = default;
 
+    /// Whether records outlive the call that gives them. If not, the lines that they are views into are let
+    /// go.
+    virtual bool KeepsRecords() const = 0;
     /// Where the records are made that come next. The sink may reset it whenever it has been given something.
     virtual Reflection::SchemaArena& Arena() = 0;
     virtual void TakeEnvironment(Reflection::SchemaRecord& record) = 0;
@@ -60,13 +63,14 @@ public:
     virtual void TakeEntity(StagedEntity& entity) = 0;
 };
 
-/// Reads scene text of the current format. `path` is for messages alone. With `keepLines` the lines of the
-/// source outlive the records. On false `error` tells why; the sink may have been given what stood before.
-bool ReadSceneText(Core::LineReader& source, bool keepLines, SceneSink& sink,
-                   const std::filesystem::path& path, std::string& error);
+/// Reads scene text of the current format from a text in memory, or from a file whose lines last until they
+/// are released. `path` is for messages alone. On false `error` tells why; the sink may have been given what
+/// stood before.
+bool ReadSceneText(Core::LineReader& source, SceneSink& sink, const std::filesystem::path& path,
+                   std::string& error);
 
-/// Reads scene text into a stage. On false the stage is partly filled.
-bool ParseSceneText(Core::LineReader& source, bool keepLines, SceneStage& stage,
-                    const std::filesystem::path& path, std::string& error);
+/// Reads scene text in memory, which outlives the stage, into a stage. On false the stage is partly filled.
+bool ParseSceneText(Core::LineReader& source, SceneStage& stage, const std::filesystem::path& path,
+                    std::string& error);
 
 } // namespace Vornu::Scene

@@ -33,9 +33,8 @@ const std::string kConvertHint = "with the offline tool: vornu-upgrade --content
 class SceneTextReader
 {
 public:
-    SceneTextReader(Core::LineReader& source, bool keepLines, SceneSink& sink,
-                    const std::filesystem::path& path)
-        : source_(source), keepLines_(keepLines), sink_(sink), path_(path)
+    SceneTextReader(Core::LineReader& source, SceneSink& sink, const std::filesystem::path& path)
+        : source_(source), sink_(sink), path_(path), keepsLines_(sink.KeepsRecords())
     {
     }
 
@@ -55,6 +54,10 @@ public:
             if (!line.empty() && line.front() != '#')
             {
                 ReadLine(line);
+            }
+            if (!keepsLines_)
+            {
+                source_.ReleaseLines();
             }
         }
         if (!headerSeen_)
@@ -147,8 +150,8 @@ private:
         const auto headerLine = static_cast<std::uint32_t>(lineNumber_);
         const std::uint64_t start = lineStart_;
         const auto wordEnd = static_cast<std::size_t>(word.data() + word.size() - line.data());
-        Reflection::SchemaRecord record = Reflection::ReadSchemaRecord(
-            line.substr(wordEnd), source_, lineNumber_, sink_.Arena(), keepLines_);
+        Reflection::SchemaRecord record =
+            Reflection::ReadSchemaRecord(line.substr(wordEnd), source_, lineNumber_, sink_.Arena(), true);
         if (record.name == "EnvironmentSettings")
         {
             if (inEntity_)
@@ -233,9 +236,9 @@ private:
     }
 
     Core::LineReader& source_;
-    bool keepLines_;
     SceneSink& sink_;
     const std::filesystem::path& path_;
+    bool keepsLines_;
     StagedEntity entity_; // the open frame
     std::string guidText_;
     std::uint64_t lineNumber_ = 0;
@@ -251,6 +254,7 @@ class StageSink final : public SceneSink
 public:
     explicit StageSink(SceneStage& stage) : stage_(stage) {}
 
+    bool KeepsRecords() const override { return true; }
     Reflection::SchemaArena& Arena() override { return stage_.arena; }
     void TakeEnvironment(Reflection::SchemaRecord& record) override { stage_.environment = record; }
     void TakeRecord(StagedRecord& record) override { records_.push_back(record); }
@@ -268,10 +272,10 @@ private:
 
 } // namespace
 
-bool ReadSceneText(Core::LineReader& source, bool keepLines, SceneSink& sink,
-                   const std::filesystem::path& path, std::string& error)
+bool ReadSceneText(Core::LineReader& source, SceneSink& sink, const std::filesystem::path& path,
+                   std::string& error)
 {
-    SceneTextReader reader(source, keepLines, sink, path);
+    SceneTextReader reader(source, sink, path);
     try
     {
         reader.Read();
@@ -289,11 +293,11 @@ bool ReadSceneText(Core::LineReader& source, bool keepLines, SceneSink& sink,
     return false;
 }
 
-bool ParseSceneText(Core::LineReader& source, bool keepLines, SceneStage& stage,
-                    const std::filesystem::path& path, std::string& error)
+bool ParseSceneText(Core::LineReader& source, SceneStage& stage, const std::filesystem::path& path,
+                    std::string& error)
 {
     StageSink sink(stage);
-    const bool parsed = ReadSceneText(source, keepLines, sink, path, error);
+    const bool parsed = ReadSceneText(source, sink, path, error);
     stage.version = parsed ? kSceneFormatVersion : 0;
     return parsed;
 }

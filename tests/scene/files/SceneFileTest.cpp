@@ -5,9 +5,11 @@
 #include "engine/scene/Scene.h"
 #include "engine/scene/components/GameplayComponents.h"
 #include "engine/scene/components/RenderingComponents.h"
+#include "engine/scene/components/SceneSchema.h"
 #include "engine/scene/entities/CoreComponents.h"
 #include "engine/scene/entities/PreservedRecordSet.h"
 #include "engine/scene/files/SceneStage.h"
+#include "engine/scene/registration/ComponentBuilder.h"
 #include "tests/core/TestFolder.h"
 
 #include <gtest/gtest.h>
@@ -122,6 +124,40 @@ TEST(SceneFile, HandWrittenFilesMaySayLess)
     EXPECT_EQ(scene.GetEnvironment().rotationDegrees, 0.0f);
 }
 
+struct Brittle
+{
+};
+
+/// What is wrong with the whole file comes before an entity that can't be made, wherever that stands.
+TEST(SceneFile, AnEntityThatCannotBeMadeIsTheLastFault)
+{
+    EnsureSceneSchema();
+    ComponentTypeEntry& entry = RegisterComponent<Brittle>(
+        "TestBrittle", "", "", ComponentFlags::Serialized | ComponentFlags::UserAddable);
+    entry.commitLoad = [](ComponentLoadState&, Registry&, Entity) { throw std::runtime_error("brittle"); };
+    const TestFolder folder;
+    const std::string brittle =
+        kHeader + Frame(1, "component_schema \"TestBrittle\" 1 0\nend_component_schema\n");
+    const std::string unknown = "component_schema \"Foo\" 1 0\nend_component_schema\n";
+    const std::string duplicates = "Failed to load scene: Scene contains duplicate entity GUIDs.";
+    const std::pair<std::string, std::string> rows[] = {
+        {brittle + Frame(2), "Failed to load scene: brittle"},
+        {brittle + Frame(1), duplicates},
+        {brittle + Frame(2, "parent " + Id(9) + "\n") + Frame(2), duplicates},
+        {brittle + Frame(2, "parent " + Id(9) + "\n"),
+         "Failed to load scene: Scene hierarchy references a missing parent."},
+        {brittle + Frame(2, "parent " + Id(3) + "\n") + Frame(3, "parent " + Id(2) + "\n"),
+         "Failed to load scene: Scene hierarchy contains a cycle."},
+        {brittle + Frame(1) + Frame(3, unknown),
+         "Failed to parse scene file at line 15: Unsupported component schema: Foo"},
+    };
+    Scene scene;
+    for (const auto& [text, expected] : rows)
+    {
+        EXPECT_EQ(Load(folder.Write("bad.vscene", text), scene), expected) << text;
+    }
+}
+
 TEST(SceneFile, FaultsNameTheLineAndLeaveTheTarget)
 {
     const TestFolder folder;
@@ -230,7 +266,7 @@ TEST(SceneFile, StagedRecordsKnowTheirPlaceInTheFile)
     Core::LineReader lines(text);
     SceneStage stage;
     std::string error;
-    ASSERT_TRUE(ParseSceneText(lines, true, stage, "", error)) << error;
+    ASSERT_TRUE(ParseSceneText(lines, stage, "", error)) << error;
     EXPECT_EQ(stage.version, 6u);
     EXPECT_FALSE(stage.environment);
     ASSERT_EQ(stage.entities.size(), 2u);
