@@ -4,6 +4,13 @@
 
 namespace Vornu::Scene::Legacy
 {
+namespace
+{
+
+/// What a sample of 0 takes in a saved scene, which is more than in memory.
+constexpr std::size_t kEmptySampleSize = std::string_view("value \"0\"\n").size();
+
+} // namespace
 
 void ReadSamples(RecordLine& line, const RecordContext& context, std::vector<float>& samples)
 {
@@ -19,7 +26,7 @@ void ReadSamples(RecordLine& line, const RecordContext& context, std::vector<flo
     {
         line.Read(samples.emplace_back(0.0f)); // one that can't be read keeps what that left in it
     }
-    ChargeFill(context, count - samples.size(), sizeof(float));
+    ChargeFill(context, count - samples.size(), kEmptySampleSize);
     samples.resize(static_cast<std::size_t>(count), 0.0f);
 }
 

@@ -30,8 +30,8 @@ namespace Vornu::Scene::Legacy
 /// The version whose components may also be schema records, and in which entities are strict.
 inline constexpr std::uint32_t kNamedRecordsVersion = 6;
 
-/// Memory that the lines of a file may ask for beyond what they hold: elements in front of a far index, and
-/// samples that were only announced.
+/// Room that the lines of a file may ask for beyond what they hold: in memory for elements in front of a far
+/// index, in the saved scene for samples that were only announced.
 struct FillBudget
 {
     std::uint64_t bytesLeft = 0x4000000; // 64 MiB
@@ -97,7 +97,7 @@ inline constexpr char kMixedScripts[] = "Mixed named and legacy script records."
 inline constexpr std::uint64_t kMaxListSize = 65536;        // of a list that a line's index lets grow
 inline constexpr std::uint64_t kMaxSampleCount = 0x1000000; // that a line may announce
 
-/// Throws when a file asks for too much of it.
+/// Throws when a file asks for too much room.
 void ChargeFill(const RecordContext& context, std::uint64_t count, std::size_t elementSize);
 
 /// The element of a list that a line addresses; the list grows to hold it, filled with `fill`.

@@ -142,10 +142,15 @@ TEST(PhysicsRecords, PinWeightsAndSamplesTakeWhatTheLineHolds)
                       fault + " count exceeds the limit of 16777216 samples.");
         }
     }
-    // What is announced and missing is limited over the whole file.
-    EXPECT_EQ(legacy.Read(text + Repeat("terrain_heights 16777216\n", 2)),
-              "Failed to parse scene file at line 4: terrain_heights asks for more empty elements than a "
-              "file may have.");
+    // What is announced and missing is limited over the whole file, by what it takes in the saved one.
+    const auto tooMany = [](int line)
+    {
+        return "Failed to parse scene file at line " + std::to_string(line) +
+               ": terrain_heights asks for more empty elements than a file may have.";
+    };
+    EXPECT_EQ(legacy.Read(text + "terrain_heights 6710887\n"), "");
+    EXPECT_EQ(legacy.Read(text + "terrain_heights 6710888\n"), tooMany(3));
+    EXPECT_EQ(legacy.Read(text + Repeat("terrain_heights 3355445\n", 2)), tooMany(4));
 }
 
 TEST(PhysicsRecords, Version6KnowsOneCloth)
