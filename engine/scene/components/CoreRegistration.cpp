@@ -3,6 +3,7 @@
 #include "engine/scene/entities/CoreComponents.h"
 #include "engine/scene/registration/ComponentBuilder.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Vornu::Scene
@@ -45,7 +46,7 @@ void MigratePrefabInstance(Reflection::SchemaRecord& record, std::uint32_t)
                          {
                              override.RenameField("entityGuid", "localGuid");
                              override.RemoveFields({"entityGuid"});
-                             override.version = 2;
+                             override.version = std::max(override.version, 2u);
                          });
 }
 

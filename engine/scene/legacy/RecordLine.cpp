@@ -7,9 +7,11 @@ namespace Vornu::Scene::Legacy
 
 void RecordLine::ReadField(const AssetField& field)
 {
+    // An opening quote at the end of the line is a text, if an empty one.
+    const bool present = tokens_ && !tokens_.Rest().empty();
     std::string text;
     tokens_.Read(text);
-    if (tokens_ || !text.empty())
+    if (present)
     {
         field.id = Assets::ResolveAssetReference(*assets_, text);
     }

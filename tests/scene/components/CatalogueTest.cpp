@@ -255,6 +255,11 @@ TEST(Catalogue, MigrationsKeepWhatOldFieldsMeant)
         EXPECT_EQ(Only<PrefabInstanceComponent>(scene).overrides[1].localGuid, (Core::Guid{0, expected}));
     }
     EXPECT_NE(Save(scene).find("object \"PrefabOverride\" 2 3"), std::string::npos);
+    EXPECT_NE(
+        Load(RecordOf("PrefabInstanceRecord", 1, {Objects("overrides", "PrefabOverride", 1, 3, renamed)}),
+             scene)
+            .find("Unsupported component schema, version, or destination: PrefabOverride"),
+        std::string::npos);
 }
 
 TEST(Catalogue, BuoyancyHasLimitedPointsAndFloatsOnOceansAlone)

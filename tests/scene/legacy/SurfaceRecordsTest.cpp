@@ -148,6 +148,7 @@ TEST(SplineRecords, DetailsChangeTheSplineInPlace)
                          {"spline_material \"builtin:Red\"\nspline_material_slot 2 \"\"",
                           "material=builtin:Red;builtin:Red;builtin:Red;;"},
                          {"spline_material \"builtin:Red\"\nspline_material", "material=builtin:Red;"},
+                         {"spline_material \"builtin:Red\"\nspline_material \"", ""},
                          {"spline_segment_material 3 1", "0;0;0;1;"},
                          {"spline_segment_material 1 5\nspline_segment_material 1", "0;5;"},
                          {"spline_mesh 9 7\nspline_mesh 0", "sampleCount=7;"},
