@@ -249,15 +249,24 @@ void Registry::SetPreservedRecords(Entity entity, std::shared_ptr<const Preserve
 
 void Registry::Clear()
 {
-    // Emptied first: nothing sees the difference, and the removals below needn't search them.
+    // What is left is as if the entities had been destroyed from the last to the first, but nothing is
+    // searched.
     guidIndex_.Clear();
     preservedRecords_.Clear();
-
-    const std::vector<Entity> entities = AliveEntities();
-    for (std::size_t i = entities.size(); i > 0; --i)
+    for (const std::unique_ptr<IStorage>& storage : storages_)
     {
-        DestroyEntity(entities[i - 1]);
+        if (storage)
+        {
+            storage->Clear();
+        }
     }
+    CompactAlive();
+    revision_ += aliveEntities_.size();
+    for (std::size_t i = aliveEntities_.size(); i > 0; --i)
+    {
+        ReleaseSlot(EntityIndex(aliveEntities_[i - 1]));
+    }
+    aliveEntities_.clear();
     if (commandBuffer_)
     {
         commandBuffer_->Clear();
@@ -267,13 +276,6 @@ void Registry::Clear()
         if (slots_[index].state == EntityState::Reserved)
         {
             ReleaseSlot(index);
-        }
-    }
-    for (const std::unique_ptr<IStorage>& storage : storages_)
-    {
-        while (storage && !storage->Entities().empty())
-        {
-            storage->Remove(*this, storage->Entities().back());
         }
     }
     ++revision_;

@@ -1,5 +1,7 @@
 #include "engine/scene/entities/Storage.h"
 
+#include <algorithm>
+
 namespace Vornu::Scene
 {
 
@@ -35,6 +37,16 @@ void IStorage::SwapRemove(std::size_t position)
     const std::uint32_t removedIndex = EntityIndex(removed);
     pages_[removedIndex >> kPageBits][removedIndex & (kPageSize - 1)] = 0;
     ++revision_;
+}
+
+void IStorage::RemoveEntities() noexcept
+{
+    revision_ += entities_.size();
+    entities_.clear();
+    for (std::vector<std::uint32_t>& page : pages_)
+    {
+        std::fill(page.begin(), page.end(), 0u);
+    }
 }
 
 } // namespace Vornu::Scene

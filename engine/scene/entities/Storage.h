@@ -46,6 +46,9 @@ public:
     /// Removes the component of `entity`; does nothing when it has none. The last component takes its place.
     virtual void Remove(Registry& registry, Entity entity) = 0;
 
+    /// Removes every component, for a registry whose GUID index is empty by then. Keeps the memory.
+    virtual void Clear() = 0;
+
     /// A deep copy with the same revision. Throws `std::logic_error` when the component type can't be copied.
     virtual std::unique_ptr<IStorage> Clone() const = 0;
 
@@ -76,6 +79,9 @@ protected:
 
     /// Takes the entity at `position` out of the dense array and puts the last one there.
     void SwapRemove(std::size_t position);
+
+    /// The same for all.
+    void RemoveEntities() noexcept;
 
     void ReserveEntities(std::size_t count) { entities_.reserve(count); }
 
@@ -127,6 +133,12 @@ public:
         {
             RemoveAt(registry, PlaceOf(entity) - 1);
         }
+    }
+
+    void Clear() override
+    {
+        components_.clear();
+        RemoveEntities();
     }
 
     std::unique_ptr<IStorage> Clone() const override

@@ -351,8 +351,11 @@ TEST(Registry, ClearFreesReservedSlotsAndDropsCommands)
     registry.Defer().Invoke([&ran](Registry&) { ran = true; });
     const std::uint64_t revision = registry.Revision();
     const Storage<Health>* storage = &registry.StorageOf<Health>();
+    const std::uint64_t storageRevision = storage->Revision();
     registry.Clear();
     EXPECT_EQ(registry.Revision(), revision + 4);
+    EXPECT_EQ(storage->Revision(), storageRevision + 2);
+    EXPECT_FALSE(storage->Contains(2));
     EXPECT_TRUE(registry.AliveEntities().empty());
     EXPECT_FALSE(registry.HasPendingCommands());
     registry.FlushCommands();
@@ -363,6 +366,8 @@ TEST(Registry, ClearFreesReservedSlotsAndDropsCommands)
     EXPECT_TRUE(storage->Entities().empty());
     EXPECT_TRUE(registry.PreservedEntities().empty());
     EXPECT_TRUE(registry.RestoreEntity(reserved, 0)); // was released like any other
+    registry.Add<Health>(reserved, {7});
+    EXPECT_EQ(registry.Get<Health>(reserved).points, 7);
 }
 
 TEST(Registry, InheritedGenerationsOutdateOldHandles)
