@@ -239,6 +239,11 @@ SchemaValue EncodeAsset(const ObjectView& view, const PropertyAttributes& attrib
     return state.arena.CopyText(*text);
 }
 
+SchemaValue EncodeGuid(const Core::Guid& guid, CodecState& state)
+{
+    return FormatLeaf(PropertyKind::Guid, ViewOf(guid), state.arena);
+}
+
 SchemaValue EncodeEntity(const ObjectView& view, CodecState& state)
 {
     RequireEntityStorage(view, view.constData);
@@ -256,7 +261,7 @@ SchemaValue EncodeEntity(const ObjectView& view, CodecState& state)
     {
         throw std::runtime_error("Entity reference has no stable GUID.");
     }
-    return FormatGuid(guid, state.arena);
+    return EncodeGuid(guid, state);
 }
 
 SchemaValue EncodeScalar(const ObjectView& view, const ValueSchema& schema,
@@ -278,7 +283,7 @@ SchemaValue EncodeScalar(const ObjectView& view, const ValueSchema& schema,
         {
             throw std::runtime_error(kEntityStorageFault);
         }
-        return FormatGuid(*guid, state.arena);
+        return EncodeGuid(*guid, state);
     }
     default:
         return FormatLeaf(schema.kind, view, state.arena);

@@ -228,35 +228,6 @@ private:
 /// A deep copy with all texts in `arena`.
 SchemaRecord CopyRecord(const SchemaRecord& record, SchemaArena& arena);
 
-/// Records with the memory that they lie in.
-class SchemaRecordList
-{
-public:
-    /// Of the records that are going to be added.
-    SchemaArena& Arena() noexcept { return arena_; }
-
-    /// Takes a handle on fields that lie in `Arena()`, or outlive the list.
-    void push_back(const SchemaRecord& record) { records_.push_back(record); }
-
-    std::size_t size() const noexcept { return records_.size(); }
-    bool empty() const noexcept { return records_.empty(); }
-    const SchemaRecord& operator[](std::size_t index) const noexcept { return records_[index]; }
-    const SchemaRecord& back() const noexcept { return records_.back(); }
-    auto begin() const noexcept { return records_.begin(); }
-    auto end() const noexcept { return records_.end(); }
-
-    /// Forgets the records and keeps some of their memory for others.
-    void clear() noexcept
-    {
-        records_.clear();
-        arena_.Reset();
-    }
-
-private:
-    SchemaArena arena_;
-    std::vector<SchemaRecord> records_;
-};
-
 /// Tells field names that are surely new from those that need a search; cheaper than a set for short records.
 class FieldNameFilter
 {

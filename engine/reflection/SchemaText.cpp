@@ -141,29 +141,19 @@ char* WriteFloat(char* out, float value)
     return Core::WriteFloatText(out, value);
 }
 
-std::string_view FormatComponents(std::initializer_list<float> components, SchemaArena& arena)
+char* WriteComponents(char* out, std::initializer_list<float> components)
 {
-    char* const begin = arena.AllocateText(components.size() * Core::kNumberTextCapacity);
-    char* out = begin;
+    bool first = true;
     for (const float component : components)
     {
-        if (out != begin)
+        if (!first)
         {
             *out++ = ' ';
         }
+        first = false;
         out = WriteFloat(out, component);
     }
-    arena.ShrinkText(out);
-    return {begin, static_cast<std::size_t>(out - begin)};
-}
-
-template<class Integer>
-std::string_view FormatInteger(Integer value, SchemaArena& arena)
-{
-    char* const begin = arena.AllocateText(Core::kNumberTextCapacity);
-    char* const end = Core::WriteIntegerText(begin, value);
-    arena.ShrinkText(end);
-    return {begin, static_cast<std::size_t>(end - begin)};
+    return out;
 }
 
 } // namespace
@@ -382,47 +372,58 @@ std::string_view FormatFloat(float value, SchemaArena& arena)
     return {begin, static_cast<std::size_t>(end - begin)};
 }
 
-std::string_view FormatLeaf(PropertyKind kind, const ObjectView& view, SchemaArena& arena)
+char* WriteLeaf(char* out, PropertyKind kind, const ObjectView& view)
 {
     switch (kind)
     {
     case PropertyKind::Bool:
-        return ConstStorage<bool>(view) ? "1" : "0";
+        *out = ConstStorage<bool>(view) ? '1' : '0';
+        return out + 1;
     case PropertyKind::Int32:
-        return FormatInteger(ConstStorage<std::int32_t>(view), arena);
+        return Core::WriteIntegerText(out, ConstStorage<std::int32_t>(view));
     case PropertyKind::UInt32:
-        return FormatInteger(ConstStorage<std::uint32_t>(view), arena);
+        return Core::WriteIntegerText(out, ConstStorage<std::uint32_t>(view));
     case PropertyKind::UInt64:
-        return FormatInteger(ConstStorage<std::uint64_t>(view), arena);
+        return Core::WriteIntegerText(out, ConstStorage<std::uint64_t>(view));
     case PropertyKind::Float:
-        return FormatFloat(ConstStorage<float>(view), arena);
-    case PropertyKind::String:
-        return arena.CopyText(ConstStorage<std::string>(view));
+        return WriteFloat(out, ConstStorage<float>(view));
     case PropertyKind::Vec2:
     {
         const auto& v = ConstStorage<glm::vec2>(view);
-        return FormatComponents({v.x, v.y}, arena);
+        return WriteComponents(out, {v.x, v.y});
     }
     case PropertyKind::Vec3:
     {
         const auto& v = ConstStorage<glm::vec3>(view);
-        return FormatComponents({v.x, v.y, v.z}, arena);
+        return WriteComponents(out, {v.x, v.y, v.z});
     }
     case PropertyKind::Vec4:
     {
         const auto& v = ConstStorage<glm::vec4>(view);
-        return FormatComponents({v.x, v.y, v.z, v.w}, arena);
+        return WriteComponents(out, {v.x, v.y, v.z, v.w});
     }
     case PropertyKind::Quat:
     {
         const auto& q = ConstStorage<glm::quat>(view);
-        return FormatComponents({q.w, q.x, q.y, q.z}, arena);
+        return WriteComponents(out, {q.w, q.x, q.y, q.z});
     }
     case PropertyKind::Guid:
-        return FormatGuid(ConstStorage<Core::Guid>(view), arena);
+        return WriteGuidLeaf(out, ConstStorage<Core::Guid>(view));
     default:
         throw std::runtime_error("Unsupported schema leaf kind.");
     }
+}
+
+std::string_view FormatLeaf(PropertyKind kind, const ObjectView& view, SchemaArena& arena)
+{
+    if (kind == PropertyKind::String)
+    {
+        return arena.CopyText(ConstStorage<std::string>(view));
+    }
+    char* const begin = arena.AllocateText(kLeafCapacity);
+    char* const end = WriteLeaf(begin, kind, view);
+    arena.ShrinkText(end);
+    return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 void ParseLeaf(PropertyKind kind, std::string_view text, const ObjectView& view)
@@ -475,15 +476,14 @@ void ParseLeaf(PropertyKind kind, std::string_view text, const ObjectView& view)
     }
 }
 
-std::string_view FormatGuid(const Core::Guid& guid, SchemaArena& arena)
+char* WriteGuidLeaf(char* out, const Core::Guid& guid)
 {
     if (!guid.IsValid())
     {
-        return {};
+        return out;
     }
-    char* const text = arena.AllocateText(Core::Guid::kTextLength);
-    guid.WriteText(text);
-    return {text, Core::Guid::kTextLength};
+    guid.WriteText(out);
+    return out + Core::Guid::kTextLength;
 }
 
 } // namespace Vornu::Reflection

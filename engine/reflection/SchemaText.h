@@ -107,6 +107,14 @@ SchemaValue::Type StoredType(ValueShape shape) noexcept;
 /// The keyword and the name that the line of a field begins with.
 std::string FieldLineHead(std::string_view name, ValueShape shape);
 
+/// Room that `WriteLeaf` needs.
+inline constexpr std::size_t kLeafCapacity = 128;
+
+/// Writes a scalar leaf of kinds Bool to Quat or Guid, but String. No text of one needs an escape. Returns
+/// the end.
+char* WriteLeaf(char* out, PropertyKind kind, const ObjectView& view);
+/// The 36 characters of a GUID; nothing for the null one.
+char* WriteGuidLeaf(char* out, const Core::Guid& guid);
 /// The text of a scalar leaf of kinds Bool to Quat or Guid, in the arena.
 std::string_view FormatLeaf(PropertyKind kind, const ObjectView& view, SchemaArena& arena);
 /// Parses such a text into the view's storage.
@@ -114,7 +122,5 @@ void ParseLeaf(PropertyKind kind, std::string_view text, const ObjectView& view)
 /// The same for kind Float alone.
 std::string_view FormatFloat(float value, SchemaArena& arena);
 float ParseFloat(std::string_view text);
-/// The 36 characters of a GUID; empty for the null one.
-std::string_view FormatGuid(const Core::Guid& guid, SchemaArena& arena);
 
 } // namespace Vornu::Reflection

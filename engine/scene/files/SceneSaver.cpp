@@ -14,6 +14,7 @@
 #include "engine/scene/registration/EntityRecordStage.h"
 #include "engine/scene/registration/MissingComponents.h"
 
+#include <new>
 #include <optional>
 #include <set>
 #include <stdexcept>
@@ -141,10 +142,11 @@ private:
 
     void WriteEnvironment(const Reflection::SchemaCodecContext& codec)
     {
-        Reflection::WriteSchemaRecord(out_,
-                                      Reflection::CaptureObject(Reflection::ViewOf(scene_.GetEnvironment()),
-                                                                Reflection::ReflectionRegistry::Instance(),
-                                                                codec, records_.Arena()));
+        Reflection::SchemaArena arena;
+        const Reflection::SchemaRecord record =
+            Reflection::CaptureObject(Reflection::ViewOf(scene_.GetEnvironment()),
+                                      Reflection::ReflectionRegistry::Instance(), codec, arena);
+        Reflection::WriteSchemaRecord(out_, record);
     }
 
     void WriteEntity(Entity entity, const Core::Guid& parentGuid,
@@ -158,13 +160,34 @@ private:
         out_.Append("\nparent ");
         WriteGuid(out_, parentGuid);
         out_.Append('\n');
-        records_.clear();
-        SaveEntity(components, {&scene_, entity, &codec, &assets_, &table_, &superseded_}, records_);
-        for (const Reflection::SchemaRecord& record : records_)
-        {
-            Reflection::WriteSchemaRecord(out_, record);
-        }
+        WriteRecords(components, {&scene_, entity, &codec, &assets_, &table_, &superseded_});
         out_.Append("end_entity\n");
+    }
+
+    /// Records go to the text at once. Where that fails the save is lost, but its words are those of records
+    /// that are all made before the first is written.
+    void WriteRecords(std::span<const ComponentTypeEntry* const> components,
+                      const ComponentSaveContext& context)
+    {
+        try
+        {
+            SaveEntity(components, context, written_);
+            return;
+        }
+        catch (const std::bad_alloc&)
+        {
+            throw;
+        }
+        catch (const std::exception&)
+        {
+            ComponentTypeEntry::RecordList records;
+            SaveEntity(components, context, records);
+            for (const Reflection::SchemaRecord& record : records)
+            {
+                Reflection::WriteSchemaRecord(out_, record);
+            }
+            throw;
+        }
     }
 
     const Scene& scene_;
@@ -172,7 +195,7 @@ private:
     Core::TextWriter& out_;
     Core::OrderedMap<Core::Guid, Core::Guid, Core::GuidHash> parents_;
     const ComponentRecordTable table_;
-    ComponentTypeEntry::RecordList records_;
+    ComponentTypeEntry::RecordList written_{out_};
     std::set<std::string, std::less<>> superseded_;
 };
 

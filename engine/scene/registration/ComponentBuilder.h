@@ -30,8 +30,7 @@ using Reflection::PropertyKind;
 template<class Type>
 void CaptureInto(const Type& object, const ComponentSaveContext& context, ComponentTypeEntry::RecordList& out)
 {
-    out.push_back(Reflection::CaptureObject(
-        Reflection::ViewOf(object), Reflection::ReflectionRegistry::Instance(), *context.codec, out.Arena()));
+    out.Capture(Reflection::ViewOf(object), Reflection::ReflectionRegistry::Instance(), *context.codec);
 }
 
 /// Applies a record onto a fresh object of its type.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/reflection/ObjectView.h"
-#include "engine/reflection/SchemaRecord.h"
+#include "engine/reflection/SchemaRecordList.h"
 #include "engine/reflection/TypeId.h"
 #include "engine/scene/entities/Entity.h"
 #include "engine/scene/registration/SaveGameFields.h"

@@ -1,6 +1,5 @@
 #include "engine/scene/registration/SampleChunks.h"
 
-#include "engine/reflection/SchemaRecordText.h"
 #include "engine/scene/registration/EntityRecordStage.h"
 
 #include <algorithm>
@@ -17,9 +16,9 @@ SampleChunkSaver::SampleChunkSaver(const SampleFaults& faults, std::uint64_t tot
     }
 }
 
-void SampleChunkSaver::Charge(const Reflection::SchemaRecord& record)
+void SampleChunkSaver::Charge(std::uint64_t recordSize)
 {
-    bytes_ += Reflection::MeasureSchemaRecord(record);
+    bytes_ += recordSize;
     if (bytes_ > kMaxSampleBytes)
     {
         throw std::runtime_error(faults_.tooManyBytes);

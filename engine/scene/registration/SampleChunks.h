@@ -36,8 +36,8 @@ class SampleChunkSaver
 public:
     SampleChunkSaver(const SampleFaults& faults, std::uint64_t totalSamples);
 
-    /// Measures a record.
-    void Charge(const Reflection::SchemaRecord& record);
+    /// For every record, with its size in text.
+    void Charge(std::uint64_t recordSize);
 
     /// Calls `emit(offset, values)` for each chunk of one array; not at all for an empty one.
     static void

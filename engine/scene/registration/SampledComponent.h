@@ -44,7 +44,7 @@ public:
         const auto emit = [&](const auto& object)
         {
             CaptureInto(object, context, out);
-            saver.Charge(out.back());
+            saver.Charge(out.SizeOfLast());
         };
         emit(component);
         emit(counts);

@@ -85,15 +85,15 @@ void CaptureSamples(const Sampled& component, const ComponentSaveContext& contex
 {
     SampleChunkSaver saver(kFaults, component.samples.size());
     CaptureInto(component, context, out);
-    saver.Charge(out.back());
+    saver.Charge(out.SizeOfLast());
     CaptureInto(SampleCount{component.samples.size()}, context, out);
-    saver.Charge(out.back());
+    saver.Charge(out.SizeOfLast());
     SampleChunkSaver::ForEachChunk(
         component.samples,
         [&](std::uint64_t offset, std::span<const float> values)
         {
             CaptureInto(SampleChunk{offset, {values.begin(), values.end()}}, context, out);
-            saver.Charge(out.back());
+            saver.Charge(out.SizeOfLast());
         });
 }
 
