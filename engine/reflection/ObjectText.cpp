@@ -161,8 +161,8 @@ private:
         const TypeInfo* const type =
             leaf.shape == ValueShape::Object ? registry_.FindType(leaf.type) : nullptr;
         if (leaf.kind == PropertyKind::Custom ||
-            (leaf.kind == PropertyKind::Enum && registry_.FindEnum(attributes.enumName) == nullptr) ||
-            (leaf.kind == PropertyKind::AssetRef && AssetTypeOf(attributes) == nullptr) ||
+            (leaf.kind == PropertyKind::Enum && FindEnumOf(attributes, registry_) == nullptr) ||
+            (leaf.kind == PropertyKind::AssetRef && FindAssetTypeOf(attributes, registry_) == nullptr) ||
             (leaf.shape == ValueShape::Object &&
              (type == nullptr || type->name.empty() || type->version == 0)))
         {
@@ -170,15 +170,9 @@ private:
         }
     }
 
-    const AssetTypeInfo* AssetTypeOf(const PropertyAttributes& attributes) const
-    {
-        return attributes.knownAssetType != nullptr ? attributes.knownAssetType
-                                                    : registry_.FindAssetType(attributes.assetType);
-    }
-
     std::string_view EnumName(const ObjectView& view, const PropertyAttributes& attributes) const
     {
-        const EnumSchema* const schema = registry_.FindEnum(attributes.enumName);
+        const EnumSchema* const schema = FindEnumOf(attributes, registry_);
         const bool fits =
             schema != nullptr && schema->type == view.type && view.accessors->enumRead != nullptr;
         const EnumEntry* const entry =
@@ -192,7 +186,7 @@ private:
 
     void WriteAsset(std::string_view head, std::uint64_t id, const PropertyAttributes& attributes)
     {
-        const AssetTypeInfo* const type = AssetTypeOf(attributes);
+        const AssetTypeInfo* const type = FindAssetTypeOf(attributes, registry_);
         if (type == nullptr || (id != 0 && !context_.assetToText))
         {
             Refuse();

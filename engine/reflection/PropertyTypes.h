@@ -80,6 +80,7 @@ constexpr bool HasFlag(PropertyFlags flags, PropertyFlags flag) noexcept
 }
 
 struct AssetTypeInfo;
+struct EnumSchema;
 
 /// Metadata of one property.
 struct PropertyAttributes
@@ -90,6 +91,7 @@ struct PropertyAttributes
     std::string enumName;                          // set exactly when the leaf kind is Enum
     std::string assetType;                         // set exactly when the leaf kind is AssetRef
     const AssetTypeInfo* knownAssetType = nullptr; // of that name, when it was there first
+    const EnumSchema* knownEnum = nullptr;         // the same
     float rangeMin = 0.0f; // authoring range, for tools; stored values may lie outside
     float rangeMax = 0.0f;
     bool hasRange = false;
@@ -211,6 +213,7 @@ struct PropertyInfo
     const ValueAccessors* accessors = &kNoAccessors;
     DefaultAccessors defaults;
     std::any defaultValue;
+    bool isConstructed = false; // the default is what a newly made owner holds
 
     const void* ConstPointer(const void* owner) const noexcept
     {

@@ -191,6 +191,7 @@ TypeInfo& ReflectionRegistry::AppendProperty(TypeInfo& type, PropertyInfo&& prop
         property.attributes.displayName = property.name;
     }
     property.attributes.knownAssetType = FindAssetType(property.attributes.assetType);
+    property.attributes.knownEnum = FindEnum(property.attributes.enumName);
     property.lineHead = FieldLineHead(property.name, property.schema.shape);
     type.properties.push_back(std::move(property));
     return type;

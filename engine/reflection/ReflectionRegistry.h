@@ -63,6 +63,7 @@ public:
         property.offset = static_cast<std::size_t>(reinterpret_cast<const std::byte*>(&(owner.*member)) -
                                                    reinterpret_cast<const std::byte*>(&owner));
         property.defaultValue = owner.*member;
+        property.isConstructed = true;
         return AddProperty(TypeIdOf<Owner>(), typeName, std::move(property));
     }
 

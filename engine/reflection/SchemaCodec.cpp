@@ -68,9 +68,10 @@ void CheckProperty(const PropertyInfo& property)
     }
 }
 
-const EnumSchema& RequireEnum(const std::string& name, TypeId type, const ReflectionRegistry& registry)
+const EnumSchema& RequireEnum(const PropertyAttributes& attributes, TypeId type,
+                              const ReflectionRegistry& registry)
 {
-    const EnumSchema* const schema = registry.FindEnum(name);
+    const EnumSchema* const schema = FindEnumOf(attributes, registry);
     if (schema == nullptr || schema->type != type)
     {
         throw std::runtime_error(kEnumFault);
@@ -78,18 +79,11 @@ const EnumSchema& RequireEnum(const std::string& name, TypeId type, const Reflec
     return *schema;
 }
 
-/// Properties that were added behind their asset type know it.
-const AssetTypeInfo* FindAssetType(const PropertyAttributes& attributes, const ReflectionRegistry& registry)
-{
-    return attributes.knownAssetType != nullptr ? attributes.knownAssetType
-                                                : registry.FindAssetType(attributes.assetType);
-}
-
 const AssetTypeInfo& RequireAssetType(const ObjectView& view, const void* data,
                                       const PropertyAttributes& attributes,
                                       const ReflectionRegistry& registry)
 {
-    const AssetTypeInfo* const type = FindAssetType(attributes, registry);
+    const AssetTypeInfo* const type = FindAssetTypeOf(attributes, registry);
     if (type == nullptr || view.type != TypeIdOf<std::uint64_t>() || data == nullptr)
     {
         throw std::runtime_error(kAssetStorageFault);
@@ -116,9 +110,9 @@ void CheckCollectionLeaf(const ValueSchema& schema, const PropertyAttributes& at
     }
     if (leaf.kind == PropertyKind::Enum)
     {
-        RequireEnum(attributes.enumName, leaf.type, registry);
+        RequireEnum(attributes, leaf.type, registry);
     }
-    if (leaf.kind == PropertyKind::AssetRef && FindAssetType(attributes, registry) == nullptr)
+    if (leaf.kind == PropertyKind::AssetRef && FindAssetTypeOf(attributes, registry) == nullptr)
     {
         throw std::runtime_error("Collection asset constraint is not registered.");
     }
@@ -206,7 +200,7 @@ SchemaValue EncodeCollection(const ObjectView& view, const ValueSchema& schema,
 
 SchemaValue EncodeEnum(const ObjectView& view, const PropertyAttributes& attributes, CodecState& state)
 {
-    const EnumSchema& schema = RequireEnum(attributes.enumName, view.type, state.registry);
+    const EnumSchema& schema = RequireEnum(attributes, view.type, state.registry);
     const EnumEntry* entry = nullptr;
     if (view.accessors->enumRead != nullptr)
     {
@@ -293,7 +287,8 @@ SchemaValue EncodeScalar(const ObjectView& view, const ValueSchema& schema,
 // Apply
 // -------------------------------------------------------------------------------------------------------
 
-void Apply(const SchemaRecord& record, const ObjectView& object, CodecState& state, std::uint32_t depth);
+void Apply(const SchemaRecord& record, const ObjectView& object, CodecState& state, std::uint32_t depth,
+           bool isNew = false);
 
 /// Properties of a type that the fields of a record have named.
 class SeenProperties
@@ -330,9 +325,10 @@ private:
 class RecordApplier
 {
 public:
+    /// `isNew` tells that the object has just been made.
     RecordApplier(const SchemaRecord& record, const ObjectView& object, const TypeInfo& type,
-                  CodecState& state, std::uint32_t depth)
-        : record_(record), object_(object), type_(type), state_(state), depth_(depth),
+                  CodecState& state, std::uint32_t depth, bool isNew)
+        : record_(record), object_(object), type_(type), state_(state), depth_(depth), isNew_(isNew),
           seen_(type.properties.size())
     {
     }
@@ -346,7 +342,7 @@ public:
                 continue;
             }
             CheckProperty(property);
-            if (!property.SetDefault(object_.mutableData))
+            if (!(isNew_ && property.isConstructed) && !property.SetDefault(object_.mutableData))
             {
                 throw std::runtime_error("Property has no writable schema default: " + property.name);
             }
@@ -444,10 +440,12 @@ private:
     const TypeInfo& type_;
     CodecState& state_;
     std::uint32_t depth_;
+    bool isNew_;
     SeenProperties seen_;
 };
 
-void Apply(const SchemaRecord& record, const ObjectView& object, CodecState& state, std::uint32_t depth)
+void Apply(const SchemaRecord& record, const ObjectView& object, CodecState& state, std::uint32_t depth,
+           bool isNew)
 {
     const TypeInfo& type = RequireType(object, state.registry);
     state.budget.Charge(std::max(record.Fields().size(), type.properties.size()), depth);
@@ -457,7 +455,7 @@ void Apply(const SchemaRecord& record, const ObjectView& object, CodecState& sta
         throw std::runtime_error("Unsupported component schema, version, or destination: " +
                                  std::string(record.name));
     }
-    RecordApplier applier(record, object, type, state, depth);
+    RecordApplier applier(record, object, type, state, depth, isNew);
     applier.ResetToDefaults();
     applier.ApplyFields();
     applier.CheckUnnamed();
@@ -512,7 +510,7 @@ void DecodeCollection(const SchemaValue& value, const ObjectView& view, const Va
 void DecodeEnum(std::string_view text, const ObjectView& view, const PropertyAttributes& attributes,
                 CodecState& state)
 {
-    const EnumSchema& schema = RequireEnum(attributes.enumName, view.type, state.registry);
+    const EnumSchema& schema = RequireEnum(attributes, view.type, state.registry);
     const EnumEntry* const entry = schema.FindName(text);
     if (entry == nullptr || view.accessors->enumWrite == nullptr ||
         !view.accessors->enumWrite(view.mutableData, *entry))
@@ -594,6 +592,17 @@ void DecodeScalar(std::string_view text, const ObjectView& view, const ValueSche
 
 } // namespace
 
+const EnumSchema* FindEnumOf(const PropertyAttributes& attributes, const ReflectionRegistry& registry)
+{
+    return attributes.knownEnum != nullptr ? attributes.knownEnum : registry.FindEnum(attributes.enumName);
+}
+
+const AssetTypeInfo* FindAssetTypeOf(const PropertyAttributes& attributes, const ReflectionRegistry& registry)
+{
+    return attributes.knownAssetType != nullptr ? attributes.knownAssetType
+                                                : registry.FindAssetType(attributes.assetType);
+}
+
 SchemaValue EncodeTypedValue(const ObjectView& view, const ValueSchema& schema,
                              const PropertyAttributes& attributes, CodecState& state, std::uint32_t depth)
 {
@@ -649,6 +658,14 @@ void ApplyRecord(const SchemaRecord& record, const ObjectView& object, const Ref
     SchemaArena scratch;
     CodecState state{registry, context, scratch};
     Apply(record, object, state, 1);
+}
+
+void ApplyRecordToNew(const SchemaRecord& record, const ObjectView& object,
+                      const ReflectionRegistry& registry, const SchemaCodecContext& context)
+{
+    SchemaArena scratch;
+    CodecState state{registry, context, scratch};
+    Apply(record, object, state, 1, true);
 }
 
 } // namespace Vornu::Reflection

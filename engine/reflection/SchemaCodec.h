@@ -46,6 +46,14 @@ SchemaRecord CaptureObject(const ObjectView& object, const ReflectionRegistry& r
 /// object is partly written.
 void ApplyRecord(const SchemaRecord& record, const ObjectView& object, const ReflectionRegistry& registry,
                  const SchemaCodecContext& context);
+/// The same for an object that was just made, so that it has most defaults already.
+void ApplyRecordToNew(const SchemaRecord& record, const ObjectView& object,
+                      const ReflectionRegistry& registry, const SchemaCodecContext& context);
+
+/// The enum and the asset type that a property names; null when there is none.
+const EnumSchema* FindEnumOf(const PropertyAttributes& attributes, const ReflectionRegistry& registry);
+const AssetTypeInfo* FindAssetTypeOf(const PropertyAttributes& attributes,
+                                     const ReflectionRegistry& registry);
 
 SchemaValue EncodeTypedValue(const ObjectView& view, const ValueSchema& schema,
                              const PropertyAttributes& attributes, CodecState& state, std::uint32_t depth);

@@ -38,8 +38,8 @@ template<class Type>
 Type ApplyFresh(const Reflection::SchemaRecord& record, const ComponentLoadContext& context)
 {
     Type object{};
-    Reflection::ApplyRecord(record, Reflection::ViewOf(object), Reflection::ReflectionRegistry::Instance(),
-                            *context.codec);
+    Reflection::ApplyRecordToNew(record, Reflection::ViewOf(object),
+                                 Reflection::ReflectionRegistry::Instance(), *context.codec);
     return object;
 }
 
