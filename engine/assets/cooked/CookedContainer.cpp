@@ -148,7 +148,7 @@ bool WriteFileAtomically(const std::filesystem::path& path, std::span<const std:
     }
     std::filesystem::path temporary = path;
     temporary += ".cook-" + Core::Guid::Generate().ToString() + ".tmp";
-    Platform::TemporaryFile file(temporary);
+    Platform::TemporaryFile file(temporary, path);
     if (!file.IsOpen())
     {
         return Fail(error, "Failed to open " + temporary.native() + " for writing.");

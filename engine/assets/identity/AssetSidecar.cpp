@@ -322,7 +322,7 @@ bool WriteSidecar(const fs::path& path, const AssetSidecar& sidecar, std::string
     const fs::path target = Platform::FollowLinks(path).value_or(path);
     fs::path temporary = WithAppended(target, ".");
     temporary += Core::Guid::Generate().ToString();
-    Platform::TemporaryFile file(WithAppended(std::move(temporary), ".tmp"));
+    Platform::TemporaryFile file(WithAppended(std::move(temporary), ".tmp"), target);
     if (!file.IsOpen())
     {
         return Fail(error, "Cannot write sidecar.");

@@ -9,6 +9,7 @@
 #include <malloc.h>
 #include <pthread.h>
 #include <sys/random.h>
+#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 
@@ -148,6 +149,12 @@ bool CreateDirectories(const fs::path& path)
     const bool created = fs::create_directories(path, error);
     ThrowOn(error, "create_directories", path);
     return created;
+}
+
+void CreatePrivateDirectory(const fs::path& path)
+{
+    const int error = ::mkdir(path.c_str(), S_IRWXU) == 0 ? 0 : errno;
+    ThrowOn(std::error_code(error, std::generic_category()), "create_directories", path);
 }
 
 bool Exists(const fs::path& path)
