@@ -8,6 +8,7 @@
 int main(int argumentCount, char** argumentValues)
 {
     Vornu::Platform::PrepareStandardStreams();
+    Vornu::Platform::WriteStandardStreamsByLine();
     Vornu::Platform::KeepFreedMemory();
     Vornu::Platform::InstallTemporaryFileCleanup();
     std::vector<std::string_view> arguments;
