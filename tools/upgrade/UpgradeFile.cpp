@@ -6,7 +6,7 @@
 #include "engine/core/files/FileStamp.h"
 #include "engine/core/files/Paths.h"
 #include "engine/core/files/ReadFaults.h"
-#include "engine/core/logging/Logger.h"
+#include "engine/core/logging/AccessWarning.h"
 #include "engine/core/system/System.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/files/SceneFile.h"
@@ -199,12 +199,7 @@ private:
             return RequireUnchangedInput() &&
                    Fail("could not write backup " + backup.native() + ": " + copied.message);
         }
-        if (copied.narrowed)
-        {
-            Core::Log(Core::LogCategory::Scene, Core::LogLevel::Warning,
-                      "Some access rights or attributes of " + input_.native() +
-                          " could not be given to its backup.");
-        }
+        Core::WarnIfNarrowed(copied, backup);
         result_.backupPath = backup;
         return true;
     }

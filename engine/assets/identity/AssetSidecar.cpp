@@ -4,6 +4,7 @@
 #include "engine/core/files/InputFile.h"
 #include "engine/core/files/Paths.h"
 #include "engine/core/files/TemporaryFile.h"
+#include "engine/core/logging/AccessWarning.h"
 #include "engine/core/text/LineReader.h"
 #include "engine/core/text/TokenReader.h"
 
@@ -334,6 +335,7 @@ bool WriteSidecar(const fs::path& path, const AssetSidecar& sidecar, std::string
     // A new sidecar's identity can be derived again, so only one that takes another's place has to be on the
     // disk first.
     Platform::FileResult replaced = Platform::ReplaceFileAtomically(file.Path(), target, exists);
+    Core::WarnIfNarrowed(replaced, target);
     return replaced.Succeeded() || Fail(error, std::move(replaced.message));
 }
 

@@ -24,10 +24,16 @@ constexpr std::string_view kUserPrefix = "user.";
 constexpr mode_t kModeBits = 07777;
 constexpr mode_t kPlainBits = 0777;
 
-/// Errors by which file systems say that they have no such attribute, or not for this user.
+/// Errors by which file systems say that they have no such attribute.
 bool MeansNone(int error)
 {
-    return error == ENODATA || error == ENOTSUP || error == ENOSYS || error == EPERM || error == EACCES;
+    return error == ENODATA || error == ENOTSUP || error == ENOSYS;
+}
+
+/// Errors that say that it isn't for this user.
+bool MeansForbidden(int error)
+{
+    return error == EPERM || error == EACCES;
 }
 
 /// A file by its descriptor or, where it isn't open, by its path.
@@ -91,6 +97,12 @@ int ReadAttributes(const Place& place, FileAccess& out)
         {
             std::string value;
             error = Fetch(place, name.c_str(), value);
+            if (MeansForbidden(error))
+            {
+                out.isPartial = true;
+                error = 0;
+                continue;
+            }
             out.attributes.emplace_back(name, std::move(value));
         }
     }
@@ -169,13 +181,21 @@ mode_t BitsForAnyGroup(mode_t bits)
     return (bits & ~077u) | common << 3 | common;
 }
 
+/// `given` tells whether the user may.
+int GiveTo(const FileDescriptor& file, uid_t owner, gid_t group, bool& given)
+{
+    given = ::fchown(file.Get(), owner, group) == 0;
+    // The last one means an owner that this system doesn't know.
+    return given || MeansForbidden(errno) || MeansNone(errno) || errno == EINVAL ? 0 : errno;
+}
+
 int ApplyAttributes(const FileDescriptor& file, const FileAccess& model, bool& narrowed)
 {
     for (const auto& [name, value] : model.attributes)
     {
         if (ActiveFileSystemCalls().fsetxattr(file.Get(), name.c_str(), value.data(), value.size()) != 0)
         {
-            if (!MeansNone(errno))
+            if (!MeansNone(errno) && !MeansForbidden(errno))
             {
                 return errno;
             }
@@ -190,7 +210,7 @@ int ApplyAcl(const FileDescriptor& file, const std::string& acl, bool& carried)
 {
     carried = !acl.empty() &&
               ActiveFileSystemCalls().fsetxattr(file.Get(), kAccessAcl, acl.data(), acl.size()) == 0;
-    if (carried || (!acl.empty() && !MeansNone(errno)))
+    if (carried || (!acl.empty() && !MeansNone(errno) && !MeansForbidden(errno)))
     {
         return carried ? 0 : errno;
     }
@@ -263,13 +283,24 @@ int ApplyFileAccess(const FileDescriptor& file, const FileAccess& model, bool& n
     {
         return error;
     }
+    narrowed = narrowed || model.isPartial;
     bool sameOwner = own.st_uid == model.owner && own.st_gid == model.group;
     bool sameGroup = own.st_gid == model.group;
     if (!sameOwner)
     {
-        sameOwner = ::fchown(file.Get(), model.owner, model.group) == 0;
+        if (const int error = GiveTo(file, model.owner, model.group, sameOwner))
+        {
+            return error;
+        }
+        sameGroup = sameGroup || sameOwner;
+    }
+    if (!sameGroup)
+    {
         // Only the superuser gives files away, but an owner may hand a file to a group of its own.
-        sameGroup = sameGroup || sameOwner || ::fchown(file.Get(), static_cast<uid_t>(-1), model.group) == 0;
+        if (const int error = GiveTo(file, static_cast<uid_t>(-1), model.group, sameGroup))
+        {
+            return error;
+        }
     }
     bool carried = false;
     if (const int error = ApplyAcl(file, sameGroup ? model.acl : std::string(), carried))

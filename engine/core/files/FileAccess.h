@@ -21,6 +21,7 @@ struct FileAccess
     gid_t group = 0;
     std::string acl;                                             // empty where the mode tells all
     std::vector<std::pair<std::string, std::string>> attributes; // "user.*"
+    bool isPartial = false; // some of the attributes are closed to the user
 };
 
 /// Both report 0 or the error number. What a file system doesn't have is no error.

@@ -47,7 +47,12 @@ int PrepareReplacement(const fs::path& source, const fs::path& destination, bool
     {
         return errno;
     }
-    const bool hasTarget = ::stat(destination.c_str(), &targetStatus) == 0 && S_ISREG(targetStatus.st_mode);
+    const bool isTaken = ::stat(destination.c_str(), &targetStatus) == 0;
+    if (!isTaken && !TellsOfAbsence(errno))
+    {
+        return errno;
+    }
+    const bool hasTarget = isTaken && S_ISREG(targetStatus.st_mode);
     if (!S_ISREG(sourceStatus.st_mode) || (!hasTarget && !writeThrough))
     {
         return 0;

@@ -1,5 +1,6 @@
 #include "engine/core/files/TemporaryFile.h"
 
+#include "engine/core/files/ReadFaults.h"
 #include "engine/core/system/System.h"
 
 #include <cerrno>
@@ -76,7 +77,7 @@ bool TemporaryFile::Write(std::string_view bytes) noexcept
 bool TemporaryFile::Close()
 {
     struct stat status = {};
-    if (Good() && file_.IsOpen() && ::stat(target_.c_str(), &status) != 0)
+    if (Good() && file_.IsOpen() && ::stat(target_.c_str(), &status) != 0 && TellsOfAbsence(errno))
     {
         Record(WidenNewFile(file_, FolderOf(absolutePath_), limit_));
     }

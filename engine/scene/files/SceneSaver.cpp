@@ -3,7 +3,7 @@
 #include "engine/core/files/Files.h"
 #include "engine/core/files/Paths.h"
 #include "engine/core/files/TemporaryFile.h"
-#include "engine/core/logging/Logger.h"
+#include "engine/core/logging/AccessWarning.h"
 #include "engine/core/text/TextWriter.h"
 #include "engine/reflection/SchemaCodec.h"
 #include "engine/reflection/SchemaRecordText.h"
@@ -189,11 +189,7 @@ void WriteAndReplace(Platform::TemporaryFile& file, const std::filesystem::path&
     {
         throw std::runtime_error("Failed to replace scene file: " + result.message);
     }
-    if (result.narrowed)
-    {
-        Core::Log(Core::LogCategory::Scene, Core::LogLevel::Warning,
-                  "Some access rights or attributes of " + target.native() + " could not be kept.");
-    }
+    Core::WarnIfNarrowed(result, target);
 }
 
 /// Writes a temporary file beside the target and moves it there. False when it can't be opened.
