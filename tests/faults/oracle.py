@@ -102,7 +102,7 @@ class Oracle:
                 self.require(copies, f"{real} was replaced without a backup")
 
     def access_faults(self, access):
-        """Files that are replaced, and copies, have what their originals had; what isn't complete has less."""
+        """Files that are replaced, and copies, have what their originals had; copies that aren't complete have less."""
         faults = []
         before = self.base.access
         for path, now in access.items():
@@ -113,7 +113,8 @@ class Oracle:
                 continue
             if original is not None and now != before[original]:
                 faults.append(f"{path} has the access {now} and not {before[original]}")
-            if TEMPORARY.search(path) and now[0] & 0o077 and now not in before.values():
+            copies = TEMPORARY.sub("", path) in self.base.before  # others hold what is new
+            if copies and TEMPORARY.search(path) and now[0] & 0o077 and now not in before.values():
                 faults.append(f"{path} has the access {now}")
         return faults
 

@@ -169,10 +169,10 @@ fs::file_status Status(const fs::path& path)
     return CheckedStatus(fs::status(path, error), error, "status", path);
 }
 
-fs::file_status EntryStatus(const fs::directory_entry& entry)
+fs::file_status EntryStatus(const fs::path& entry)
 {
     std::error_code error;
-    return CheckedStatus(entry.status(error), error, "directory_entry::status", entry.path());
+    return CheckedStatus(fs::status(entry, error), error, "directory_entry::status", entry);
 }
 
 fs::path WeaklyCanonical(const fs::path& path)

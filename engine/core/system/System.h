@@ -50,7 +50,7 @@ bool Exists(const std::filesystem::path& path);
 std::filesystem::file_status Status(const std::filesystem::path& path);
 
 /// Absence is no error. Throws as "directory_entry::status".
-std::filesystem::file_status EntryStatus(const std::filesystem::directory_entry& entry);
+std::filesystem::file_status EntryStatus(const std::filesystem::path& entry);
 
 /// Throws as "weakly_canonical".
 std::filesystem::path WeaklyCanonical(const std::filesystem::path& path);
