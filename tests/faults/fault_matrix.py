@@ -64,7 +64,7 @@ def try_case(job):
     runs = run_pair(place, scenario, number, kind) if kind in RACES else [place.run(scenario, number, kind)]
     after = read_tree(place.root, scenario.random)
     access = read_access(place.root)
-    calls, left = ([], []) if kind in MEMORY else (place.calls(), place.left_open())
+    calls, left = ([], []) if kind in (*MEMORY, *RACES) else (place.calls(), place.left_open())
     second = place.run(scenario)
     outcome = Outcome(runs[0], after, second, read_tree(place.root, scenario.random), access, left)
     name = f"{scenario.name}:{number}:{kind}"
@@ -102,7 +102,7 @@ def jobs_of(options, scenarios):
                 print(f"{scenario.name}:{call.number} {call}")
         for call in calls:
             jobs += [(options, scenario, base, call.number, kind) for kind in kinds_of(scenario, call)]
-        if options.refuser:
+        if options.refuser and (not options.memory or scenario.name in options.memory):
             write_tree(place.root, scenario.tree, scenario.inputs)
             count = place.allocations(scenario)
             lot = random.Random(f"{options.seed} {scenario.name}")
@@ -116,6 +116,7 @@ def parse_arguments():
     parser.add_argument("--programs", nargs="+", required=True, help="the programs to run")
     parser.add_argument("--injector", required=True, help="the library that makes calls go wrong")
     parser.add_argument("--refuser", help="the library that refuses memory")
+    parser.add_argument("--memory", nargs="+", help="the scenarios that memory is refused to; otherwise all")
     parser.add_argument("--sample", type=int, help="try only so many cases")
     parser.add_argument("--seed", type=int, default=os.environ.get("VORNU_FAULT_SEED", 0),
                         help="which sample; otherwise that of the variable VORNU_FAULT_SEED")

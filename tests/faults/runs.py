@@ -162,12 +162,12 @@ class Workplace:
             # Leaks are found by other tests; the check for them can't run below a filter of system calls.
             "ASAN_OPTIONS": "detect_leaks=0:verify_asan_link_order=0",
         }
+        if at is not None and os.path.exists(self.log):
+            os.remove(self.log)
         if kind in MEMORY:
             environment.update(LD_PRELOAD=self.refuser, VORNU_MEMORY_AT=str(at), VORNU_MEMORY_LOG=self.log)
             environment.update({"VORNU_MEMORY_ALL": "1"} if kind.endswith("+") else {})
         elif at is not None:
-            if os.path.exists(self.log):
-                os.remove(self.log)
             environment.update(LD_PRELOAD=self.injector, VORNU_FAULT_LOG=self.log, VORNU_FAULT_AT=str(at))
             environment["VORNU_FAULT_KIND"] = kind_text(kind)
             environment["VORNU_FAULT_EDIT"] = os.path.join(self.root, next(iter(scenario.inputs), ""))

@@ -83,6 +83,7 @@ TEST(BadInput, TheLastOriginalIsNotConvertedAway)
         {"a.vscene.legacy-v3-2", true},
         {"x.legacy-v6-10", true},
         {"link", true},
+        {"l.legacy-v3", true},
         {".legacy-v3", false},
         {"a.legacy-v", false},
         {"a.legacy-v3-", false},
@@ -92,6 +93,7 @@ TEST(BadInput, TheLastOriginalIsNotConvertedAway)
         {"a-3", false},
     };
     std::filesystem::create_symlink("a.vscene.legacy-v3", folder / "link");
+    std::filesystem::create_symlink("plain", folder / "l.legacy-v3");
     for (const auto& row : rows)
     {
         SCOPED_TRACE(row.name);
