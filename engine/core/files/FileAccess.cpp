@@ -344,7 +344,9 @@ int WidenNewFile(const FileDescriptor& file, const std::filesystem::path& folder
     const bool sameGroup = !limit.group || *limit.group == own.st_gid;
     mode &= sameGroup ? limit.mode : BitsForAnyGroup(limit.mode);
     // Bits that the file has already are the owner's.
-    return SetMode(file, mode | (own.st_mode & 0400u));
+    const int error = SetMode(file, mode | (own.st_mode & 0400u));
+    // A file system without permission bits gives all files those that it was mounted with.
+    return error == EPERM || MeansNone(error) ? 0 : error;
 }
 
 } // namespace Vornu::Platform
