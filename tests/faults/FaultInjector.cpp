@@ -5,7 +5,11 @@
 //   VORNU_FAULT_LOG   gets a line per call, or for the faulty one alone if VORNU_FAULT_AT names it:
 //                     number, name, r or w (how the file is open), its path or both, parted by tabs
 //   VORNU_FAULT_AT    number of the call, from 1
-//   VORNU_FAULT_KIND  number of the error to give, or a word of `kFaultWords`
+//   VORNU_FAULT_KIND  number of the error to give, or a word of `kFaultWords`; with a "+" behind the number
+//                     later calls of the same name fail as well, but for those on the standard streams
+//   VORNU_FAULT_EDIT  the file that somebody else adds to with the kind "edit"
+//
+// A program that ends by itself is logged a line of the name "left" for each file that it hasn't closed.
 
 #include <array>
 #include <atomic>
@@ -91,6 +95,12 @@ constexpr WatchedCall kCalls[] = {
     {SYS_flock, "flock", Form::File},
     {SYS_fchmod, "fchmod", Form::File},
     {SYS_fchown, "fchown", Form::File},
+    {SYS_getxattr, "getxattr", Form::Path},
+    {SYS_listxattr, "listxattr", Form::Path},
+    {SYS_fgetxattr, "fgetxattr", Form::File},
+    {SYS_flistxattr, "flistxattr", Form::File},
+    {SYS_fsetxattr, "fsetxattr", Form::File},
+    {SYS_fremovexattr, "fremovexattr", Form::File},
     {SYS_getdents64, "getdents64", Form::File},
     {SYS_fstat, "fstat", Form::File},
     {SYS_stat, "stat", Form::Path},
@@ -122,6 +132,8 @@ enum class Fault
     Kill,      // the process dies in front of the call
     Stop,      // the process is stopped in front of the call until somebody continues it
     Terminate, // the process gets SIGTERM in front of the call
+    After,     // the process gets SIGTERM behind the call
+    Edit,      // somebody adds an entity to a file in front of the call
     Short,     // a transfer moves a single byte
     Full,      // a write moves a single byte, and the next one finds the disk full
 };
@@ -130,10 +142,8 @@ constexpr struct
 {
     const char* word;
     Fault fault;
-} kFaultWords[] = {{"kill", Fault::Kill},
-                   {"stop", Fault::Stop},
-                   {"term", Fault::Terminate},
-                   {"short", Fault::Short},
+} kFaultWords[] = {{"kill", Fault::Kill},        {"stop", Fault::Stop}, {"term", Fault::Terminate},
+                   {"term-after", Fault::After}, {"edit", Fault::Edit}, {"short", Fault::Short},
                    {"full", Fault::Full}};
 
 struct
@@ -142,10 +152,13 @@ struct
     long at = 0;
     Fault fault = Fault::Error;
     int error = 0;
+    bool lasts = false;
+    char editPath[PATH_MAX] = {};
 } plan;
 
 std::atomic<long> callCount = 0;
 std::atomic<bool> diskIsFull = false;
+std::atomic<long> failingCall = -1; // number of the system call whose error lasts
 
 using Arguments = std::array<long, 6>;
 
@@ -183,6 +196,12 @@ struct Line
     void AppendPathAt(long folder, long path)
     {
         const char* const name = reinterpret_cast<const char*>(path);
+        constexpr char kOpenFile[] = "/proc/self/fd/";
+        if (name != nullptr && std::strncmp(name, kOpenFile, sizeof kOpenFile - 1) == 0)
+        {
+            AppendDescriptor(std::atol(name + sizeof kOpenFile - 1));
+            return;
+        }
         if (name == nullptr || (static_cast<int>(folder) != AT_FDCWD && name[0] != '/'))
         {
             AppendDescriptor(static_cast<int>(folder));
@@ -245,6 +264,14 @@ long Forward(const WatchedCall& call, const Arguments& a)
     return rawSystemCall(call.number, a[0], a[1], a[2], a[3], a[4], a[5]);
 }
 
+void AppendEntity()
+{
+    constexpr char kText[] = "entity \"\" \"Edited\"\nend_entity\n";
+    const long file = Raw(SYS_open, plan.editPath, O_WRONLY | O_APPEND | O_CLOEXEC, 0);
+    Raw(SYS_write, file, kText, sizeof kText - 1);
+    Raw(SYS_close, file);
+}
+
 /// The result of the call that is to go wrong.
 long GoWrong(const WatchedCall& call, Arguments a)
 {
@@ -260,6 +287,15 @@ long GoWrong(const WatchedCall& call, Arguments a)
     case Fault::Terminate:
         Raw(SYS_kill, process, SIGTERM);
         break;
+    case Fault::After:
+    {
+        const long result = Forward(call, a);
+        Raw(SYS_kill, process, SIGTERM);
+        return result;
+    }
+    case Fault::Edit:
+        AppendEntity();
+        break;
     case Fault::Full:
         diskIsFull = true;
         a[2] = 1;
@@ -268,6 +304,7 @@ long GoWrong(const WatchedCall& call, Arguments a)
         a[2] = 1;
         break;
     case Fault::Error:
+        failingCall = plan.lasts ? call.number : -1;
         if (call.number == SYS_close)
         {
             Forward(call, a); // a close that fails has freed the descriptor all the same
@@ -283,7 +320,12 @@ long Watch(const WatchedCall& call, const Arguments& a)
     {
         return -ENOSPC;
     }
+    const bool isStream = (call.form == Form::File || call.form == Form::Transfer) && a[0] <= STDERR_FILENO;
     const long number = ++callCount;
+    if (call.number == failingCall && !isStream)
+    {
+        return GoWrong(call, a);
+    }
     if (plan.at == 0 || number == plan.at)
     {
         LogCall(number, call, a);
@@ -345,6 +387,9 @@ void ReadPlan()
     std::snprintf(plan.logPath, sizeof plan.logPath, "%s", log != nullptr ? log : "/dev/null");
     plan.at = at != nullptr ? std::atol(at) : 0;
     plan.error = kind != nullptr ? std::atoi(kind) : 0;
+    plan.lasts = kind != nullptr && std::strchr(kind, '+') != nullptr;
+    const char* const edit = std::getenv("VORNU_FAULT_EDIT");
+    std::snprintf(plan.editPath, sizeof plan.editPath, "%s", edit != nullptr ? edit : "");
     for (const auto& [word, fault] : kFaultWords)
     {
         plan.fault = kind != nullptr && std::strcmp(kind, word) == 0 ? fault : plan.fault;
@@ -363,6 +408,19 @@ void ReadPlan()
     {
         std::fputs("The fault injector can't watch system calls here.\n", stderr);
         std::abort();
+    }
+}
+
+/// Runs behind the program.
+[[gnu::destructor]] void End()
+{
+    constexpr long kDescriptors = 256; // far above what a small project takes
+    for (long descriptor = STDERR_FILENO + 1; descriptor < kDescriptors; ++descriptor)
+    {
+        if (Raw(SYS_fcntl, descriptor, F_GETFD) >= 0)
+        {
+            LogCall(0, {SYS_close, "left", Form::File}, {descriptor});
+        }
     }
 }
 

@@ -3,7 +3,7 @@
 import dataclasses
 import re
 
-from runs import DEATHS, OUTPUT, TEMPORARY, TRANSFERS, Run
+from runs import DEATHS, EDITED, OUTPUT, TEMPORARY, TRANSFERS, Run
 
 # Calls that are tried again when a signal interrupts them.
 RETRIED = ("open", "openat", *TRANSFERS, "fsync", "close", "flock")
@@ -19,6 +19,7 @@ class Baseline:
     before: dict
     after: dict
     run: Run
+    access: dict  # in front of it
 
 
 @dataclasses.dataclass
@@ -29,6 +30,8 @@ class Outcome:
     after: dict
     second: Run
     final: dict
+    access: dict  # behind the case
+    left: list  # files that it hasn't closed
 
 
 def named_after(path, original):
@@ -48,6 +51,8 @@ class Oracle:
         self.check_files(self.outcome.after)
         self.check_inputs()
         self.check_temporary_files()
+        self.faults += self.access_faults(self.outcome.access)
+        self.require(not self.outcome.left or self.call.name == "close", f"left open: {self.outcome.left}")
         if self.kind in DEATHS:
             self.require(self.outcome.run.code == DEATHS[self.kind], f"exit code {self.outcome.run.code}")
         else:
@@ -96,9 +101,28 @@ class Oracle:
                           if named_after(path, named) and content == self.base.before[real]]
                 self.require(copies, f"{real} was replaced without a backup")
 
+    def access_faults(self, access):
+        """Files that are replaced, and copies, have what their originals had; copies that aren't complete have less."""
+        faults = []
+        before = self.base.access
+        for path, now in access.items():
+            original = path if path in self.scenario.inputs else self.backup_of(path)
+            forbidden = self.kind == "EACCES" and self.call is not None and self.call.name in (
+                "fchown", "fsetxattr", "fgetxattr", "getxattr")
+            if original is not None and forbidden and now[0] & ~before[original][0] == 0:
+                continue
+            if original is not None and now != before[original]:
+                faults.append(f"{path} has the access {now} and not {before[original]}")
+            copies = TEMPORARY.sub("", path) in self.base.before  # others hold what is new
+            if copies and TEMPORARY.search(path) and now[0] & 0o077 and now not in before.values():
+                faults.append(f"{path} has the access {now}")
+        return faults
+
     def check_temporary_files(self):
         left = [path for path in self.outcome.after if TEMPORARY.search(path)]
         allowed = self.kind == "kill" or self.call.name.startswith("unlink")
+        # Where nothing can be examined any more, a file can't be told from somebody else's.
+        allowed = allowed or (self.kind.endswith("+") and self.call.name in LOOKS)
         self.require(allowed or not left, f"temporary files are left: {left}")
 
     # Report
@@ -134,10 +158,11 @@ class Oracle:
         for line in complaints:
             self.require("changed on disk" not in line and "hangs" not in line, f"misleading: {line}")
         if expected == 1 and complaints[0].startswith("FAILED"):
-            self.require(len(complaints) == 1, f"one fault failed more than one file: {complaints}")
+            alone = len(complaints) == 1 or self.kind.endswith("+")
+            self.require(alone, f"one fault failed more than one file: {complaints}")
             missing = self.missing_inputs()
-            alone = complaints[0].startswith("FAILED   run")
-            self.require(len(missing) <= 1 or alone, f"not converted: {missing}")
+            of_run = complaints[0].startswith("FAILED   run") or self.kind.endswith("+")
+            self.require(len(missing) <= 1 or of_run, f"not converted: {missing}")
 
     def missing_inputs(self):
         after = self.outcome.after
@@ -158,12 +183,14 @@ class Oracle:
             or (self.kind == "EACCES" and opens_folder)
             # A sidecar is replaced whether its old bytes could be compared or not.
             or (call.name in ("openat", "read") and not call.writes and call.paths[0].endswith(".vmeta"))
+            # Who may not give a file away keeps it, with no more access than it had.
+            or (self.kind == "EACCES" and call.name == "fchown")
             # The next number is tried for a sidecar that is set aside.
             or (call.name == "renameat2" and call.paths[1] in self.base.before)
             # What verification leaves in the folder for such files is the system's to clear.
             or (call.name == "unlink" and call.paths[0].startswith("tmp/"))
             # Where there are no files without a name, the backup gets a temporary one.
-            or (self.kind == "EACCES" and call.name == "linkat" and call.paths[0].startswith("/proc/"))
+            or (self.kind == "EACCES" and call.name == "linkat" and call.paths[0].endswith("(deleted)"))
         )
 
     def is_silent_check(self):
@@ -188,3 +215,45 @@ class Oracle:
         """Without what may differ: the number of backups and what a kill left under a temporary name."""
         return {path: content for path, content in tree.items()
                 if not TEMPORARY.search(path) and self.backup_of(path) is None}
+
+
+class EditOracle(Oracle):
+    """Somebody adds to the first input in front of a call: the addition is in the file or in its backup."""
+
+    def violations(self):
+        real, named = next(iter(self.scenario.inputs.items()))
+        tree = self.outcome.after
+        copies = [content for path, content in tree.items()
+                  if (path == real or named_after(path, named)) and isinstance(content, bytes)]
+        # Nobody can look at a file and replace it in one step.
+        is_step = self.call.name.startswith("rename") and self.call.paths[1] == real
+        self.require(is_step or any(EDITED in content for content in copies), f"the edit of {real} is lost")
+        self.require(self.outcome.run.code in (0, 1), f"exit code {self.outcome.run.code}")
+        self.check_temporary_files()
+        return self.faults
+
+
+class MemoryOracle(Oracle):
+    """Memory was refused, once or for good: each file that needed it names itself and fails."""
+
+    def violations(self):
+        run, base = self.outcome.run, self.base.run
+        self.check_files(self.outcome.after)
+        self.check_inputs()
+        left = [path for path in self.outcome.after if TEMPORARY.search(path)]
+        self.require(not left, f"temporary files are left: {left}")
+        self.faults += self.access_faults(self.outcome.access)
+        complaints = [line for line in run.complaints() if line not in base.complaints()]
+        warned = [line for line in run.warnings() if line not in base.warnings()]
+        alike = run == base and self.strip(self.outcome.after) == self.strip(self.base.after)
+        if complaints:
+            self.require(run.code == 1, f"exit code {run.code} with {complaints}")
+            of_run = any(line.startswith(("vornu-", "FAILED   run")) for line in complaints)
+            alone = len(complaints) == 1 or self.kind.endswith("+")
+            self.require(alone, f"one fault failed more than one file: {complaints}")
+            self.require(of_run or len(self.missing_inputs()) <= len(complaints), f"not named: {self.missing_inputs()}")
+        else:
+            self.require(alike or (warned and run.code == base.code),
+                         f"changed the outcome silently, exit code {run.code}: {run.err}")
+        self.check_second_run()
+        return self.faults

@@ -5,6 +5,7 @@ import os
 import re
 import shutil
 import signal
+import struct
 import subprocess
 
 from scenarios import Link
@@ -12,7 +13,12 @@ from scenarios import Link
 ERRORS = {"ENOSPC": 28, "EIO": 5, "EACCES": 13, "EMFILE": 24, "EINTR": 4}
 # Two processes on one project; see races.py. The latter two begin at times drawn by lot.
 RACES = ("race", "race-kill", "delay", "delay-kill")
-DEATHS = {"kill": -signal.SIGKILL, "term": -signal.SIGTERM}
+# Errors of every later call of the same name as well.
+LASTING = ("EIO+", "ENOSPC+", "EMFILE+")
+DEATHS = {"kill": -signal.SIGKILL, "term": -signal.SIGTERM, "term-after": -signal.SIGTERM}
+# Memory is refused once, or for good; the number is that of the allocation.
+MEMORY = ("memory", "memory+")
+EDITED = b'"Edited"'  # what somebody else adds with the kind "edit"
 SHORT = ("short", "full")
 WRITES = ("write", "pwrite64")
 TRANSFERS = ("read", "pread64", *WRITES)
@@ -54,7 +60,8 @@ class Run:
         return [line for line in self.out.splitlines() if "[Warn]" in line or "[Error]" in line]
 
 
-def write_tree(root, tree):
+def write_tree(root, tree, narrowed=()):
+    """The files of a tree; those of `narrowed` with an access of their own."""
     shutil.rmtree(root, ignore_errors=True)
     for folder in ("settings", "tmp"):
         os.makedirs(os.path.join(root, folder))
@@ -66,6 +73,8 @@ def write_tree(root, tree):
         else:
             with open(full, "wb") as file:
                 file.write(content)
+    for number, path in enumerate(narrowed):
+        narrow(os.path.join(root, path), number)
 
 
 def read_tree(root, random=()):
@@ -88,11 +97,48 @@ def mask(tree, random):
             for path, content in tree.items()}
 
 
+def kind_text(kind):
+    """As the injector takes it."""
+    name = str(kind).removesuffix("+")
+    return str(ERRORS.get(name, name)) + ("+" if str(kind).endswith("+") else "")
+
+
+def read_access(root):
+    """Permissions, owner, group, ACL and attributes of every file."""
+    access = {}
+    for folder, _, names in os.walk(root):
+        for name in names:
+            full = os.path.join(root, folder, name)
+            if not os.path.islink(full):
+                status = os.stat(full)
+                attributes = tuple((key, os.getxattr(full, key)) for key in sorted(os.listxattr(full))
+                                   if key.startswith(("user.", "system.posix_acl")))
+                access[os.path.relpath(full, root)] = (
+                    status.st_mode & 0o7777, status.st_uid, status.st_gid, attributes)
+    return access
+
+
+def narrow(path, number):
+    """Gives a file an access of its own, as far as the system and the user allow."""
+    os.chmod(path, (0o640, 0o600, 0o664)[number % 3])
+    acl = struct.pack("<I", 2)
+    for tag, bits, who in ((1, 6, -1), (2, 4, 54321), (4, 0, -1), (16, 4, -1), (32, 0, -1)):
+        acl += struct.pack("<HHi", tag, bits, who)
+    for name, value in (("user.note", b"kept"), *([("system.posix_acl_access", acl)] if number % 2 == 0 else [])):
+        try:
+            os.setxattr(path, name, value)
+        except OSError:
+            pass
+    if os.geteuid() == 0:
+        os.chown(path, 12345, 23456)
+
+
 class Workplace:
     """A folder for one run at a time."""
 
-    def __init__(self, programs, injector, folder):
+    def __init__(self, programs, injector, refuser, folder):
         self.injector = injector
+        self.refuser = refuser
         self.folder = os.path.realpath(folder)
         self.root = os.path.join(self.folder, "project")
         self.log = os.path.join(self.folder, "calls")
@@ -116,11 +162,15 @@ class Workplace:
             # Leaks are found by other tests; the check for them can't run below a filter of system calls.
             "ASAN_OPTIONS": "detect_leaks=0:verify_asan_link_order=0",
         }
-        if at is not None:
-            if os.path.exists(self.log):
-                os.remove(self.log)
+        if at is not None and os.path.exists(self.log):
+            os.remove(self.log)
+        if kind in MEMORY:
+            environment.update(LD_PRELOAD=self.refuser, VORNU_MEMORY_AT=str(at), VORNU_MEMORY_LOG=self.log)
+            environment.update({"VORNU_MEMORY_ALL": "1"} if kind.endswith("+") else {})
+        elif at is not None:
             environment.update(LD_PRELOAD=self.injector, VORNU_FAULT_LOG=self.log, VORNU_FAULT_AT=str(at))
-            environment["VORNU_FAULT_KIND"] = str(ERRORS.get(kind, kind))
+            environment["VORNU_FAULT_KIND"] = kind_text(kind)
+            environment["VORNU_FAULT_EDIT"] = os.path.join(self.root, next(iter(scenario.inputs), ""))
         # Files, as pipes of the sanitizers couldn't be told from those for the output.
         self.started += 1
         names = [os.path.join(self.folder, name + str(self.started % 2)) for name in OUTPUT]
@@ -155,16 +205,30 @@ class Workplace:
 
     def calls(self):
         """What the last run logged of those calls that concern the project."""
+        return [call for call in self.rows() if call.number > 0]
+
+    def allocations(self, scenario):
+        """How often an undisturbed run asks for memory."""
+        self.run(scenario, 0, "memory")
+        with open(self.log, encoding="utf-8") as file:
+            return int(file.read())
+
+    def left_open(self):
+        """The files that the last run hasn't closed."""
+        return [call.paths[0] for call in self.rows() if call.number == 0]
+
+    def rows(self):
         if not os.path.exists(self.log):
             return []
         with open(self.log, encoding="utf-8", errors="replace") as file:
             rows = [line.rstrip("\n").split("\t") for line in file]
-        calls = []
-        for number, name, access, *paths in rows:
-            if any(self.concerns(path) for path in paths):
-                relative = tuple(path.replace(self.root + "/", "").replace(self.folder, "") for path in paths)
-                calls.append(Call(int(number), name, access == "w", relative))
-        return calls
+        return [Call(int(number), name, access == "w", tuple(self.relative(path) for path in paths))
+                for number, name, access, *paths in rows
+                if int(number) == 0 or any(self.concerns(path) for path in paths)]
+
+    def relative(self, path):
+        path = os.path.normpath(path) if "/../" in path else path
+        return path.replace(self.root + "/", "").replace(self.folder, "")
 
     def concerns(self, path):
         outside = path.startswith(("/", "pipe:", "socket:")) and path != "/proc/self/exe"

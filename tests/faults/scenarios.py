@@ -84,6 +84,12 @@ def single(name, arguments, extra=(), **more):
     return Scenario(name, arguments, tree, **more)
 
 
+def large_scene():
+    """Several times what is read or written at once."""
+    names = ["Orchard tree %04d %s" % (number, "of a long row " * 12) for number in range(2500)]
+    return b"scene_version 3\n" + b"".join(b'entity "" "%s"\nend_entity\n' % name.encode() for name in names)
+
+
 def all_scenarios():
     marker = example("Prefabs/marker.vprefab")
     brass = {"Content/brass.vmat": b"brass", "Content/brass.vmat.vmeta": sidecar(4)}  # of the marker
@@ -120,6 +126,10 @@ def all_scenarios():
         single("broken-sidecar", ["Content/well.vscene"],
                {"Content/Textures/sky.png.vmeta": b"vmeta 1\nguid nothing\n",
                 "Content/Textures/sky.png.vmeta.unreadable": b"an earlier one"}.items()),
+        Scenario("large", ["Content"], {"Content/large.vscene": large_scene()},
+                 {"Content/large.vscene": "Content/large.vscene"}),
+        Scenario("many", ["Content"], {f"Content/{number}.vscene": LAMP_V1 for number in range(12)},
+                 {f"Content/{number}.vscene": f"Content/{number}.vscene" for number in range(12)}),
         Scenario("check", ["--check", "Content"], project, exit_codes=(1, 1)),
         Scenario("verify", ["--verify", "Content"],
                  {"Content/a.vscene": marker, "Content/b.vprefab": marker, **brass}),

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 
@@ -39,6 +40,114 @@ TEST(BadInput, EntriesThatAreNoFiles)
               "legacy   ./d.vscene/a.vscene (scene format version 3)\n"
               "[err] vornu-upgrade: directory_entry::status: Too many levels of symbolic links: "
               "\"./loop.vscene\"\n[exit] 1");
+}
+
+TEST(BadInput, OutputsThatAreNoFiles)
+{
+    const TestFolder folder;
+    folder.Write("a.vscene", kLegacyV3);
+    folder.Write("current.vscene", kCurrent);
+    folder.Write("folder/x", "");
+    ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
+    ASSERT_EQ(::mknod((folder / "socket").c_str(), S_IFSOCK | 0600, 0), 0);
+    std::filesystem::create_symlink("fifo", folder / "link");
+    std::filesystem::create_symlink("made", folder / "dangling");
+    for (const std::string name : {"fifo", "socket", "folder", "link"})
+    {
+        const auto before = std::filesystem::symlink_status(folder / name).type();
+        EXPECT_EQ(RunScript(folder, "upgrade --output " + name + " a.vscene").Text(),
+                  "[err] FAILED   a.vscene: output is not a regular file: " + name + "\n[exit] 1");
+        EXPECT_EQ(std::filesystem::symlink_status(folder / name).type(), before);
+    }
+    EXPECT_EQ(RunScript(folder, "upgrade --output fifo current.vscene").Text(),
+              "current  current.vscene\n[err] [exit] 0");
+    EXPECT_EQ(RunScript(folder, "upgrade --output dangling a.vscene").exitCode, 0);
+    EXPECT_EQ(folder.Read("made").substr(0, 16), "scene_version 6\n");
+    EXPECT_EQ(folder.Read("a.vscene"), kLegacyV3);
+    EXPECT_EQ(folder.List(),
+              "a.vscene a.vscene.vmeta current.vscene current.vscene.vmeta dangling fifo folder "
+              "link made socket");
+}
+
+TEST(BadInput, TheLastOriginalIsNotConvertedAway)
+{
+    const TestFolder folder;
+    const std::string refused =
+        "a backup of an earlier conversion is not converted in place without a backup";
+    const struct
+    {
+        const char* name;
+        bool isBackup;
+    } rows[] = {
+        {"a.vscene.legacy-v3", true},
+        {"a.vscene.legacy-v3-2", true},
+        {"x.legacy-v6-10", true},
+        {"link", true},
+        {"l.legacy-v3", true},
+        {".legacy-v3", false},
+        {"a.legacy-v", false},
+        {"a.legacy-v3-", false},
+        {"a.legacy-v3-2.vscene", false},
+        {"a.legacy-v-2", false},
+        {"3", false},
+        {"a-3", false},
+    };
+    std::filesystem::create_symlink("a.vscene.legacy-v3", folder / "link");
+    std::filesystem::create_symlink("plain", folder / "l.legacy-v3");
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.name);
+        const std::string name = row.name;
+        folder.Write(row.name, kLegacyV3);
+        EXPECT_EQ(RunScript(folder, "upgrade --no-backup " + name).Text(),
+                  row.isBackup ? "[err] FAILED   " + name + ": " + refused + "\n[exit] 1"
+                               : "upgraded " + name + " -> " + name +
+                                     " (converted from scene format version 3)\n[err] [exit] 0");
+        folder.Write(row.name, kLegacyV3);
+        EXPECT_EQ(RunScript(folder, "upgrade " + name + " && upgrade --no-backup " + name + " >&2").exitCode,
+                  0);
+    }
+    folder.Write("b.legacy-v3", kLegacyV3);
+    EXPECT_EQ(RunScript(folder, "upgrade --no-backup --output o b.legacy-v3").exitCode, 0);
+}
+
+TEST(BadInput, ALinkToAFolderLeadsWhereTheSystemSays)
+{
+    const TestFolder folder;
+    folder.Write("far/sub/x", "");
+    folder.Write("far/a.vscene", kLegacyV3);
+    folder.Write("a.vscene", "near");
+    std::filesystem::create_directory_symlink("far/sub", folder / "link");
+    EXPECT_EQ(RunScript(folder, "upgrade link/../a.vscene").Text(),
+              "upgraded link/../a.vscene -> link/../a.vscene (converted from scene format version 3), backup "
+              "link/../a.vscene.legacy-v3\n[err] [exit] 0");
+    EXPECT_EQ(folder.Read("a.vscene"), "near");
+    EXPECT_EQ(folder.Read("far/a.vscene").substr(0, 16), "scene_version 6\n");
+    EXPECT_EQ(folder.Read("far/a.vscene.legacy-v3"), kLegacyV3);
+}
+
+TEST(BadInput, UsersWithoutAFolderOfTheirOwnConvertToo)
+{
+    const TestFolder folder;
+    folder.Write("P/a.vscene", kLegacyV3);
+    folder.Write("P/b.vscene", kLegacyV3);
+    EXPECT_EQ(RunScript(folder, "VORNU_USER_SETTINGS_DIR=/dev/null/x; upgrade P/a.vscene").exitCode, 0);
+    // An installed program.
+    folder.Write("root/Config/EngineVersion.json", "{}");
+    std::filesystem::create_directories(folder / "root/bin");
+    std::filesystem::create_directories(folder / "root/Assets/Exports");
+    std::filesystem::create_directory(folder / "tmp");
+    std::filesystem::copy(VORNU_UPGRADE_PROGRAM, folder / "root/bin/vornu-upgrade");
+    EXPECT_EQ(RunScript(folder, "unset VORNU_USER_SETTINGS_DIR XDG_DATA_HOME APPDATA\n"
+                                "HOME=/dev/null TMPDIR=\"$PWD/tmp\" root/bin/vornu-upgrade P/b.vscene")
+                  .Text(),
+              "upgraded P/b.vscene -> P/b.vscene (converted from scene format version 3), backup "
+              "P/b.vscene.legacy-v3\n[err] [exit] 0");
+    EXPECT_TRUE(std::filesystem::is_empty(folder / "tmp"));
+    EXPECT_TRUE(std::filesystem::is_empty(folder / "root/Assets/Exports"));
+    std::filesystem::remove_all(folder / "P");
+    EXPECT_EQ(FirstLines(folder).substr(0, 34), "root/Config/EngineVersion.json: {}");
+    EXPECT_FALSE(std::filesystem::exists(folder / "root/.vornu_user"));
 }
 
 TEST(BadInput, ContentsThatAreNoScenes)
@@ -212,6 +321,33 @@ TEST(BadInput, FoldersWithoutAccess)
               "\"./closed\"\n");
     EXPECT_EQ(FirstLines(folder), "b.vscene: scene_version 3\nb.vscene.vmeta: vmeta 1\n"
                                   "closed/a.vscene: scene_version 3\n");
+}
+
+TEST(BadInput, ARunThatIsKilledHasToldWhatItDid)
+{
+    const TestFolder folder;
+    constexpr int kFileCount = 300;
+    for (int i = 0; i < kFileCount; ++i)
+    {
+        folder.Write(std::string("a").append(std::to_string(i)) + ".vscene", kLegacyV3);
+    }
+    const ToolRun run = RunScript(folder, "'" VORNU_UPGRADE_PROGRAM "' . >report & pid=$!\n"
+                                          "i=0\n"
+                                          "while [ $((i += 1)) -lt 200000 ] && [ ! -s report ]; do :; done\n"
+                                          "kill -KILL $pid; wait $pid");
+    ASSERT_EQ(run.exitCode, 128 + SIGKILL);
+    const std::string report = folder.Read("report");
+    EXPECT_EQ(report.back(), '\n');
+    const auto told = std::count(report.begin(), report.end(), '\n');
+    const std::string files = folder.List();
+    std::ptrdiff_t begun = 0;
+    for (std::size_t at = files.find(".legacy-v3"); at != std::string::npos;
+         at = files.find(".legacy-v3", at + 1))
+    {
+        ++begun;
+    }
+    EXPECT_LT(told, kFileCount);
+    EXPECT_LE(begun - told, 1);
 }
 
 TEST(BadInput, AFatalSignalLeavesNoTemporaryFile)

@@ -1,5 +1,6 @@
 #include "tools/upgrade/Classify.h"
 
+#include "tests/upgrade/ToolRun.h"
 #include "tools/upgrade/InputFiles.h"
 #include "tools/upgrade/UpgradeTool.h"
 
@@ -70,6 +71,64 @@ TEST(Classify, ThePositionalRecordsOfTheCurrentVersion)
         EXPECT_EQ(Reason(std::string("scene_version 6\n") + row.records), row.reason) << row.records;
     }
 }
+
+TEST(Classify, LinesOfAnyLengthReadAlike)
+{
+    // Around and beyond the size of a reader's buffer.
+    const std::size_t lengths[] = {10, 65'500, 65'520, 65'535, 65'536, 65'537, 131'072, 300'000};
+    const struct
+    {
+        const char* begin;
+        char filler;
+        const char* end;
+    } rows[] = {
+        {"scene_version", ' ', "3\nx"},
+        {"scene_version 0", '0', "5 x\n"},
+        {"scene_version +0", '0', "5\n"},
+        {"scene_version -0", '0', "4294967293\n"},
+        {"scene_version 1", '0', "\n"},
+        {"scene_version 3", 'x', "\r\n"},
+        {"scene_version", 'x', " 3\n"},
+        {"", ' ', "scene_version 2"},
+        {"#", '#', "\r\nscene_version 4"},
+        {"scene_version 6", ' ', "\nx"},
+        {"scene_version 6\nentity ", 'x', "\ny\n"},
+        {"scene_version 6\n", 'x', " y\n"},
+        {"scene_version 6\n", ' ', "y z\r\n"},
+        {"scene_version 6\n", ' ', "\r\nentity\ny"},
+        {"scene_version 6\nparent ", '\r', "\ny"},
+        {"scene_version 6\n#", 'x', "y\nz\n"},
+        {"scene_version 6\nobject ", ' ', "x\nproperty y\nend_array\ny\n"},
+        {"scene_version 6\narray\n", 'x', " y\nend_array\nz\n"},
+        {"scene_version 6\narray\n", ' ', "array\nend_array\nx\nend_array\ny\n"},
+    };
+    const Vornu::Test::TestFolder folder;
+    for (const auto& row : rows)
+    {
+        for (const std::size_t length : lengths)
+        {
+            const std::string text = row.begin + std::string(length, row.filler) + row.end;
+            const std::optional<std::string> found = ClassifyFile(folder.Write("a", text));
+            EXPECT_TRUE(found.value_or("none") == Reason(text)) << row.begin << " " << length;
+        }
+    }
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(Classify, AnEndlessLineTakesLittleMemory)
+{
+    const Vornu::Test::TestFolder folder;
+    for (const char* const begin : {"", "#", "scene_version 3", "scene_version 6\nentity ",
+                                    "scene_version 6\narray\n", "scene_version 6\n#"})
+    {
+        std::filesystem::resize_file(folder.Write("a", begin), 400'000'000);
+        const Vornu::Test::ToolRun run =
+            Vornu::Test::RunScript(folder, "ulimit -v 100000; upgrade --check a");
+        EXPECT_EQ(run.err, "") << begin;
+        EXPECT_EQ(run.exitCode, std::string_view(begin) == "scene_version 3" ? 1 : 0) << begin;
+    }
+}
+#endif
 
 TEST(Classify, AFailedReadIsNotTheEndOfTheFile)
 {

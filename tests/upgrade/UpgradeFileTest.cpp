@@ -12,6 +12,9 @@
 #include <cstdio>
 #include <fstream>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace Vornu::Upgrade
 {
 namespace
@@ -100,6 +103,16 @@ void ChangedInput(FileSystemCalls& calls)
     };
 }
 
+/// Someone writes to the input while its replacement is written, after every look at it but the last.
+void EditedAtTheFlush(FileSystemCalls& calls)
+{
+    calls.fsync = [](int descriptor)
+    {
+        std::ofstream("a.vscene", std::ios::app) << "# more\n";
+        return ::fsync(descriptor);
+    };
+}
+
 class UpgradeFileOutcome : public testing::Test
 {
 protected:
@@ -178,6 +191,10 @@ TEST_F(UpgradeFileOutcome, WhatStandsOnDiskAfterwards)
         {"changed meanwhile", kLegacyV3, "", true, ChangedInput, UpgradeStatus::Failed,
          "the file changed on disk while it was being converted", "a.vscene.legacy-v3",
          "a.vscene: scene_version 3\na.vscene.legacy-v3: scene_version 3\n"},
+        {"changed at the last moment", kLegacyV3, "", false, EditedAtTheFlush, UpgradeStatus::Failed,
+         "the file changed on disk while it was being converted", "", "a.vscene: scene_version 3\n"},
+        {"changed beside its output", kLegacyV3, "o", false, EditedAtTheFlush, UpgradeStatus::Failed,
+         "the file changed on disk while it was being converted", "", "a.vscene: scene_version 3\no: old\n"},
     };
     for (const auto& row : rows)
     {
@@ -254,6 +271,43 @@ TEST_F(UpgradeFileOutcome, ARoundTripIsProvenWithoutATrace)
         error,
         "Failed to save scene: Failed to replace scene file: Failed to replace file: Permission denied");
     EXPECT_TRUE(std::filesystem::is_empty(state_ / "tmp"));
+}
+
+TEST_F(UpgradeFileOutcome, NoCopyIsOpenToMoreUsersThanItsSource)
+{
+    static mode_t openToOthers = 0;
+    const ScopedFault fault(
+        [](FileSystemCalls& calls)
+        {
+            calls.write = [](int descriptor, const void* bytes, std::size_t size)
+            {
+                struct stat status = {};
+                ::fstat(descriptor, &status);
+                openToOthers |= status.st_mode & 077u;
+                return ::write(descriptor, bytes, size);
+            };
+            calls.rename = [](const char* from, const char* to)
+            {
+                struct stat status = {};
+                ::stat(from, &status);
+                openToOthers |= status.st_mode & 077u;
+                return std::rename(from, to);
+            };
+        });
+    folder_.Write("a.vscene", kLegacyV3);
+    ASSERT_EQ(::chmod("a.vscene", 0600), 0);
+    EXPECT_EQ(UpgradeFile("a.vscene", assets_, {"o", true}).status, UpgradeStatus::Converted);
+    EXPECT_EQ(UpgradeFile("a.vscene", assets_, {"", true}).status, UpgradeStatus::Converted);
+    ASSERT_EQ(::chmod("a.vscene", 0644), 0); // readable, but perhaps not its folder
+    std::string error;
+    EXPECT_TRUE(VerifyRoundTrip("a.vscene", assets_, error)) << error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.Path()))
+    {
+        openToOthers |= entry.path().filename() == "a.vscene"
+                            ? 0u
+                            : static_cast<mode_t>(entry.status().permissions()) & 077u;
+    }
+    EXPECT_EQ(openToOthers, 0u);
 }
 
 TEST_F(UpgradeFileOutcome, TheSecondSaveIsComparedWithTheFirst)

@@ -40,7 +40,10 @@ int PrintSchema(std::string (*format)(const SchemaTables&))
     }
     catch (const std::exception& error)
     {
-        Print(stderr, std::string("vornu-schema: ") + error.what() + "\n");
+        for (const std::string_view part : {std::string_view("vornu-schema: "), {error.what()}, {"\n"}})
+        {
+            Print(stderr, part); // one by one, as it may be memory that lacks
+        }
         return kFailure;
     }
     return kSuccess;

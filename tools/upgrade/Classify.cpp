@@ -37,13 +37,37 @@ void RequireRead(const Core::LineReader& source)
     }
 }
 
+/// The first word of a line that is longer than the reader's buffer. One that can be no keyword of the
+/// current format is cut unless the `whole` word is asked for.
+std::string FirstWordOfLongLine(Core::LineReader& source, std::string_view part, bool whole)
+{
+    constexpr std::size_t kLongest = 64;
+    std::string word;
+    do
+    {
+        if (word.empty())
+        {
+            part.remove_prefix(static_cast<std::size_t>(
+                std::find_if_not(part.begin(), part.end(), Core::IsSpace) - part.begin()));
+        }
+        const auto end = std::find_if(part.begin(), part.end(), Core::IsSpace);
+        word.append(part.begin(), end);
+        if (end != part.end() || (!whole && word.size() > kLongest))
+        {
+            break;
+        }
+    } while (source.ReadLineRest(part));
+    return word;
+}
+
 /// Finds the first line outside schema blocks that the current format doesn't know. The source stands behind
 /// the header; what precedes that holds comments alone.
 std::optional<std::string> FindPositionalRecord(Core::LineReader& source, std::uint64_t lineNumber)
 {
     std::uint64_t depth = 0;
     std::string_view line;
-    while (source.ReadLine(line))
+    std::string longWord;
+    while (source.ReadLineHead(line))
     {
         ++lineNumber;
         // Most lines are those of leaves in a block.
@@ -51,7 +75,16 @@ std::optional<std::string> FindPositionalRecord(Core::LineReader& source, std::u
         {
             continue;
         }
-        const std::string_view word = Core::TokenReader(line).ReadWord();
+        std::string_view word;
+        if (source.IsInLine())
+        {
+            longWord = FirstWordOfLongLine(source, line, depth == 0);
+            word = longWord;
+        }
+        else
+        {
+            word = Core::TokenReader(line).ReadWord();
+        }
         if (word.empty())
         {
             continue;

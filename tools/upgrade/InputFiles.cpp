@@ -1,8 +1,10 @@
 #include "tools/upgrade/InputFiles.h"
 
+#include "engine/core/files/FolderReader.h"
 #include "engine/core/system/System.h"
 
 #include <system_error>
+#include <utility>
 
 namespace Vornu::Upgrade
 {
@@ -23,35 +25,47 @@ public:
         Open(root);
         while (!open_.empty())
         {
-            fs::directory_iterator& iterator = open_.back();
-            if (iterator == fs::directory_iterator())
+            Platform::FolderReader::Entry entry;
+            int error = 0;
+            if (open_.back().reader.Next(entry, error))
             {
-                open_.pop_back();
+                Visit(open_.back().path / entry.name, entry.type);
                 continue;
             }
-            const fs::directory_entry entry = *iterator;
-            Advance(iterator, entry.path().parent_path());
-            Visit(entry);
+            if (error != 0)
+            {
+                Report(open_.back().path, error);
+            }
+            open_.pop_back();
         }
     }
 
 private:
-    void Visit(const fs::directory_entry& entry)
+    struct Folder
     {
-        std::error_code ignored;
-        const bool isLink = entry.is_symlink(ignored);
+        fs::path path;
+        Platform::FolderReader reader;
+    };
+
+    /// A walk tells most types without asking the system again; a link's target must be asked for.
+    void Visit(const fs::path& path, fs::file_type type)
+    {
         try
         {
-            // A walk tells most types without asking the system again; a link's target must be asked for.
-            const fs::file_status status =
-                isLink ? Platform::EntryStatus(entry) : fs::file_status(TypeOf(entry));
-            if (fs::is_regular_file(status) && IsSceneFile(entry.path()))
+            std::error_code ignored;
+            type = type == fs::file_type::none ? fs::symlink_status(path, ignored).type() : type;
+            const bool isLink = type == fs::file_type::symlink;
+            if (isLink || type == fs::file_type::none)
             {
-                result_.files.push_back(entry.path());
+                type = Platform::EntryStatus(path).type();
             }
-            else if (!isLink && fs::is_directory(status))
+            if (type == fs::file_type::regular && IsSceneFile(path))
             {
-                Open(entry.path());
+                result_.files.push_back(path);
+            }
+            else if (!isLink && type == fs::file_type::directory)
+            {
+                Open(path);
             }
         }
         catch (const fs::filesystem_error& error)
@@ -60,55 +74,25 @@ private:
         }
     }
 
-    static fs::file_type TypeOf(const fs::directory_entry& entry)
+    void Open(const fs::path& path)
     {
-        std::error_code error;
-        if (entry.is_regular_file(error))
+        Folder folder{path, {}};
+        if (const int error = folder.reader.Open(path))
         {
-            return fs::file_type::regular;
-        }
-        if (!error && entry.is_directory(error))
-        {
-            return fs::file_type::directory;
-        }
-        return error ? Platform::EntryStatus(entry).type() : fs::file_type::unknown;
-    }
-
-    void Open(const fs::path& folder)
-    {
-        std::error_code error;
-        fs::directory_iterator iterator;
-        do
-        {
-            iterator = fs::directory_iterator(folder, error);
-        } while (error == std::errc::interrupted);
-        if (error)
-        {
-            Report(folder, error);
+            Report(path, error);
             return;
         }
-        open_.push_back(std::move(iterator));
+        open_.push_back(std::move(folder));
     }
 
-    void Advance(fs::directory_iterator& iterator, const fs::path& folder)
-    {
-        std::error_code error;
-        iterator.increment(error);
-        if (error)
-        {
-            Report(folder, error);
-            iterator = fs::directory_iterator();
-        }
-    }
-
-    void Report(const fs::path& path, const std::error_code& error)
+    void Report(const fs::path& path, int error)
     {
         result_.faults.push_back("recursive_directory_iterator::operator++: " +
                                  Platform::SystemErrorText(error) + ": \"" + path.native() + "\"");
     }
 
     InputFiles& result_;
-    std::vector<fs::directory_iterator> open_;
+    std::vector<Folder> open_;
 };
 
 } // namespace

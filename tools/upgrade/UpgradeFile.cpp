@@ -2,8 +2,11 @@
 
 #include "engine/assets/manager/AssetManager.h"
 #include "engine/core/files/Backup.h"
+#include "engine/core/files/FileAccess.h"
 #include "engine/core/files/FileStamp.h"
+#include "engine/core/files/Paths.h"
 #include "engine/core/files/ReadFaults.h"
+#include "engine/core/logging/AccessWarning.h"
 #include "engine/core/system/System.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/files/SceneFile.h"
@@ -11,9 +14,11 @@
 #include "engine/scene/legacy/LegacyReader.h"
 #include "tools/upgrade/Classify.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 #include <system_error>
 
 namespace Vornu::Upgrade
@@ -44,6 +49,35 @@ std::filesystem::path FreeBackupPath(const std::filesystem::path& input, std::ui
     return candidate;
 }
 
+bool ConsumeDigits(std::string_view& text)
+{
+    const std::size_t rest = std::min(text.find_last_not_of("0123456789") + 1, text.size());
+    const bool any = rest < text.size();
+    text = text.substr(0, rest);
+    return any;
+}
+
+bool ConsumeEnd(std::string_view& text, std::string_view end)
+{
+    const bool found = text.ends_with(end);
+    text.remove_suffix(found ? end.size() : 0);
+    return found;
+}
+
+/// Whether `FreeBackupPath` may have given the name.
+bool IsBackupName(const std::filesystem::path& path)
+{
+    const std::string name = path.filename().native();
+    std::string_view rest = name;
+    if (!ConsumeDigits(rest))
+    {
+        return false;
+    }
+    return (ConsumeEnd(rest, ".legacy-v") ||
+            (ConsumeEnd(rest, "-") && ConsumeDigits(rest) && ConsumeEnd(rest, ".legacy-v"))) &&
+           !rest.empty();
+}
+
 class FileUpgrade
 {
 public:
@@ -63,7 +97,7 @@ public:
         {
             ReportNotLegacy(found.probe);
         }
-        else if (Convert())
+        else if (MayConvert() && Convert())
         {
             result_.status = UpgradeStatus::Converted;
             result_.message = "converted from " + *found.reason;
@@ -85,6 +119,22 @@ private:
         }
     }
 
+    /// Refuses what would be lost by the conversion.
+    bool MayConvert()
+    {
+        if (options_.outputPath.empty())
+        {
+            const bool isBackup =
+                IsBackupName(input_) || IsBackupName(Platform::FollowLinks(input_).value_or(input_));
+            return options_.keepBackup || !isBackup ||
+                   Fail("a backup of an earlier conversion is not converted in place without a backup");
+        }
+        std::error_code error;
+        const std::filesystem::file_status status = std::filesystem::status(options_.outputPath, error);
+        return !std::filesystem::exists(status) || std::filesystem::is_regular_file(status) ||
+               Fail("output is not a regular file: " + options_.outputPath.native());
+    }
+
     bool Convert()
     {
         Scene::Scene scene;
@@ -103,9 +153,9 @@ private:
         {
             return false;
         }
-        if (!Scene::SaveScene(result_.outputPath, scene, assets_, &error))
+        if (!Save(scene))
         {
-            return Fail(error);
+            return false;
         }
         Scene::Scene proof;
         if (!Scene::LoadScene(result_.outputPath, proof, assets_, &error))
@@ -113,6 +163,27 @@ private:
             return Fail("converted file does not load: " + error);
         }
         return true;
+    }
+
+    bool Save(const Scene::Scene& scene)
+    {
+        Scene::SaveOptions saving;
+        saving.mayReplace = [this] { return RequireUnchangedInput(); };
+        if (!options_.outputPath.empty())
+        {
+            Platform::FileAccess access;
+            if (const int fault = Platform::ReadFileAccess(input_, access))
+            {
+                return Fail("the file could not be examined: " + Platform::SystemErrorText(fault));
+            }
+            saving.limit = Platform::LimitOf(access);
+        }
+        std::string error;
+        if (Scene::SaveScene(result_.outputPath, scene, assets_, &error, saving))
+        {
+            return true;
+        }
+        return result_.message.empty() && Fail(error); // else the input has changed
     }
 
     bool KeepBackup()
@@ -128,6 +199,7 @@ private:
             return RequireUnchangedInput() &&
                    Fail("could not write backup " + backup.native() + ": " + copied.message);
         }
+        Core::WarnIfNarrowed(copied, backup);
         result_.backupPath = backup;
         return true;
     }

@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <exception>
+#include <initializer_list>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -34,11 +35,16 @@ void Print(std::string_view text)
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-/// What was printed before comes first, also where both streams lead to one place.
-void PrintError(std::string_view text)
+/// What was printed before comes first, also where both streams lead to one place. Needs no memory, as it may
+/// be the lack of it that is told.
+void PrintError(std::initializer_list<std::string_view> parts)
 {
     std::fflush(stdout);
-    std::fwrite(text.data(), 1, text.size(), stderr);
+    for (const std::string_view part : parts)
+    {
+        std::fwrite(part.data(), 1, part.size(), stderr);
+    }
+    std::fflush(stderr);
 }
 
 /// One run over a list of files, in one mode.
@@ -98,7 +104,7 @@ private:
         if (const std::optional<std::string> reason = ClassifyFile(file))
         {
             ++failureCount_;
-            PrintError(LegacyLine(file, *reason));
+            PrintError({LegacyLine(file, *reason)});
             return;
         }
         std::string error;
@@ -148,10 +154,10 @@ private:
         return "legacy   " + file.native() + " (" + reason + ")\n";
     }
 
-    void ReportFailure(const std::filesystem::path& file, const std::string& message)
+    void ReportFailure(const std::filesystem::path& file, std::string_view message)
     {
         ++failureCount_;
-        PrintError("FAILED   " + file.native() + ": " + message + "\n");
+        PrintError({"FAILED   ", file.native(), ": ", message, "\n"});
     }
 
     const CommandLine& commandLine_;
@@ -175,16 +181,16 @@ int ProcessInputs(const CommandLine& commandLine)
     const InputFiles inputs = ExpandInputs(commandLine.inputs);
     for (const std::string& fault : inputs.faults)
     {
-        PrintError("vornu-upgrade: " + fault + "\n");
+        PrintError({"vornu-upgrade: ", fault, "\n"});
     }
     if (inputs.missing)
     {
-        PrintError("Not found: " + inputs.missing->native() + "\n");
+        PrintError({"Not found: ", inputs.missing->native(), "\n"});
         return kUsageError;
     }
     if (!commandLine.outputPath.empty() && inputs.files.size() != 1)
     {
-        PrintError("--output needs exactly one input file.\n");
+        PrintError({"--output needs exactly one input file.\n"});
         return kUsageError;
     }
     ApplyLogLevels();
@@ -201,7 +207,7 @@ int RunCommandLine(const CommandLine& commandLine)
 {
     if (!commandLine.unknownOption.empty())
     {
-        PrintError("Unknown option: " + commandLine.unknownOption + "\n");
+        PrintError({"Unknown option: ", commandLine.unknownOption, "\n"});
         Print(kUsageText);
         return kUsageError;
     }
@@ -216,7 +222,7 @@ int RunCommandLine(const CommandLine& commandLine)
     }
     catch (const std::exception& error)
     {
-        PrintError(std::string("vornu-upgrade: ") + error.what() + "\n");
+        PrintError({"vornu-upgrade: ", error.what(), "\n"});
         return kFound;
     }
 }

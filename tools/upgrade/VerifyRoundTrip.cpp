@@ -70,12 +70,14 @@ bool VerifyRoundTrip(const std::filesystem::path& path, Assets::AssetManager& as
 {
     const std::filesystem::path base =
         Platform::TempDirectoryPath() / ("vornu-upgrade-verify-" + Core::Guid::Generate().ToString());
+    // The copies stand where others may come by.
+    const Scene::SaveOptions saving{{}, {0600, {}}};
     const ScratchFile firstFile(base.native() + ".a.vscene");
     const ScratchFile secondFile(base.native() + ".b.vscene");
     {
         Scene::Scene first;
         if (!Scene::LoadScene(path, first, assets, &error) ||
-            !Scene::SaveScene(firstFile.Path(), first, assets, &error))
+            !Scene::SaveScene(firstFile.Path(), first, assets, &error, saving))
         {
             return false;
         }
@@ -83,7 +85,7 @@ bool VerifyRoundTrip(const std::filesystem::path& path, Assets::AssetManager& as
     {
         Scene::Scene second;
         if (!Scene::LoadScene(firstFile.Path(), second, assets, &error) ||
-            !Scene::SaveScene(secondFile.Path(), second, assets, &error))
+            !Scene::SaveScene(secondFile.Path(), second, assets, &error, saving))
         {
             return false;
         }

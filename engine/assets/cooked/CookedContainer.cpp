@@ -6,6 +6,7 @@
 #include "engine/core/files/Files.h"
 #include "engine/core/files/InputFile.h"
 #include "engine/core/files/TemporaryFile.h"
+#include "engine/core/logging/AccessWarning.h"
 #include "engine/core/system/System.h"
 
 #include <cstring>
@@ -148,7 +149,7 @@ bool WriteFileAtomically(const std::filesystem::path& path, std::span<const std:
     }
     std::filesystem::path temporary = path;
     temporary += ".cook-" + Core::Guid::Generate().ToString() + ".tmp";
-    Platform::TemporaryFile file(temporary);
+    Platform::TemporaryFile file(temporary, path);
     if (!file.IsOpen())
     {
         return Fail(error, "Failed to open " + temporary.native() + " for writing.");
@@ -159,6 +160,7 @@ bool WriteFileAtomically(const std::filesystem::path& path, std::span<const std:
         return Fail(error, "Failed to write " + path.native());
     }
     const Platform::FileResult replaced = Platform::ReplaceFileAtomically(temporary, path, true);
+    Core::WarnIfNarrowed(replaced, path);
     return replaced.Succeeded() ||
            Fail(error, "Failed to replace " + path.native() + ": " + replaced.message);
 }

@@ -4,6 +4,7 @@
 #include "engine/core/files/InputFile.h"
 #include "engine/core/files/Paths.h"
 #include "engine/core/files/TemporaryFile.h"
+#include "engine/core/logging/AccessWarning.h"
 #include "engine/core/text/LineReader.h"
 #include "engine/core/text/TokenReader.h"
 
@@ -322,7 +323,7 @@ bool WriteSidecar(const fs::path& path, const AssetSidecar& sidecar, std::string
     const fs::path target = Platform::FollowLinks(path).value_or(path);
     fs::path temporary = WithAppended(target, ".");
     temporary += Core::Guid::Generate().ToString();
-    Platform::TemporaryFile file(WithAppended(std::move(temporary), ".tmp"));
+    Platform::TemporaryFile file(WithAppended(std::move(temporary), ".tmp"), target);
     if (!file.IsOpen())
     {
         return Fail(error, "Cannot write sidecar.");
@@ -334,6 +335,7 @@ bool WriteSidecar(const fs::path& path, const AssetSidecar& sidecar, std::string
     // A new sidecar's identity can be derived again, so only one that takes another's place has to be on the
     // disk first.
     Platform::FileResult replaced = Platform::ReplaceFileAtomically(file.Path(), target, exists);
+    Core::WarnIfNarrowed(replaced, target);
     return replaced.Succeeded() || Fail(error, std::move(replaced.message));
 }
 

@@ -386,15 +386,15 @@ void AssetLoader::UnloadFailed()
 void AssetLoader::Reset()
 {
     const std::lock_guard lock(mutex_);
-    const SlotList all = AllSlots();
-    for (const SlotPointer& slot : all)
+    const auto all = std::exchange(slots_, {}); // needs no memory, for the end of a program that has none
+    for (const auto& [id, slot] : all)
     {
         if (slot->jobActive)
         {
             slot->cancelFlag->store(true);
         }
     }
-    for (const SlotPointer& slot : all)
+    for (const auto& [id, slot] : all)
     {
         try
         {

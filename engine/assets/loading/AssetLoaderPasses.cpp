@@ -136,11 +136,11 @@ void AssetLoader::Start(const SlotPointer& slot)
 
 void AssetLoader::BeginJob(Slot& slot, AssetLoadRecipe& recipe)
 {
-    slot.job = ++lastJob_;
-    slot.jobActive = true;
-    slot.reloadRequested = false;
     slot.cancelFlag = std::make_shared<std::atomic<bool>>(false);
     slot.counter = Core::Tasks::CounterHandle::Make();
+    slot.job = ++lastJob_;
+    slot.jobActive = true; // behind what may fail: such a job is waited for
+    slot.reloadRequested = false;
     SetState(slot, AssetLoadState::Loading);
     Detail::StartJob({.id = slot.id,
                       .serial = slot.job,

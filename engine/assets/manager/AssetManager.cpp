@@ -39,6 +39,38 @@ TextureAsset MakePixel(const std::array<unsigned char, 4>& color)
     return texture;
 }
 
+/// Creates the folders that the engine writes to beside the content; a mount needs none of them.
+void MakeEngineFolders(AssetMountMode mode)
+{
+    std::string faults;
+    const auto attempt = [&faults](void (*make)())
+    {
+        try
+        {
+            make();
+        }
+        catch (const std::filesystem::filesystem_error& error)
+        {
+            faults += (faults.empty() ? "" : "; ") + std::string(error.what());
+        }
+    };
+    if (mode == AssetMountMode::Authoring)
+    {
+        attempt([] { Platform::CreateDirectories(Core::ExportsFolder()); });
+    }
+    attempt(
+        []
+        {
+            Core::MakeUserSettingsFolder();
+            Platform::CreateDirectories(Core::GeneratedShadersFolder());
+        });
+    if (!faults.empty())
+    {
+        Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning,
+                  "Engine folders could not be made: " + faults);
+    }
+}
+
 } // namespace
 
 AssetManager::AssetManager() : ownerThread_(std::this_thread::get_id())
@@ -86,9 +118,8 @@ void AssetManager::Initialize(const std::filesystem::path& path, AssetMountMode 
     if (mode == AssetMountMode::Authoring)
     {
         Platform::CreateDirectories(path);
-        Platform::CreateDirectories(Core::ExportsFolder());
     }
-    Platform::CreateDirectories(Core::GeneratedShadersFolder());
+    MakeEngineFolders(mode);
     rootPath_ = Platform::WeaklyCanonical(path);
     registry_.Mount(rootPath_, mode);
     registry_.SetStrippedKinds(strippedKinds_);

@@ -1,5 +1,6 @@
 #include "engine/core/files/Backup.h"
 
+#include "engine/core/files/FileAccess.h"
 #include "engine/core/files/FileDescriptor.h"
 #include "engine/core/files/FileSystemCalls.h"
 #include "engine/core/system/Signals.h"
@@ -25,8 +26,6 @@ namespace
 
 constexpr std::size_t kCopyBlock = 262'144;
 constexpr int kNameAttempts = 16;
-/// Closed to others until the source's own bits are set.
-constexpr mode_t kPrivateMode = 0600;
 
 /// Errors by which file systems and restricted environments say that they have no unnamed files.
 bool MeansUnsupported(int error)
@@ -51,6 +50,11 @@ struct Source
 {
     FileDescriptor file;
     std::optional<FileStamp> stamp;
+    FileAccess access;
+    bool narrowed = false; // the copy has less of it
+
+    /// For the copy, closed to others until it is complete.
+    mode_t NewMode() const { return PrivateMode(access.mode); }
 };
 
 /// What the system tells of the source; ESTALE if it isn't the one meant, or has been written since.
@@ -92,7 +96,7 @@ int CopyBytes(const Source& from, const FileDescriptor& to)
 }
 
 /// Bytes, attributes and a flush; `to` isn't visible under its final name yet.
-int FillCopy(const Source& from, const FileDescriptor& to)
+int FillCopy(Source& from, const FileDescriptor& to)
 {
     struct stat status = {};
     int error = ReadStatus(from, status);
@@ -106,7 +110,7 @@ int FillCopy(const Source& from, const FileDescriptor& to)
     }
     if (error == 0)
     {
-        error = AdoptAttributes(to, status);
+        error = ApplyFileAccess(to, from.access, from.narrowed);
     }
     return error != 0 ? error : Flush(to);
 }
@@ -118,10 +122,10 @@ int Link(const fs::path& from, const fs::path& to, int flags)
 
 /// Copies through a file that has no name until it is complete. `unsupported` is set if this can't be done
 /// here.
-int CopyUnnamed(const Source& from, const fs::path& destination, bool& unsupported)
+int CopyUnnamed(Source& from, const fs::path& destination, bool& unsupported)
 {
     FileDescriptor to;
-    int error = OpenDescriptor(FolderOf(destination), O_TMPFILE | O_WRONLY, kPrivateMode, to);
+    int error = OpenDescriptor(FolderOf(destination), O_TMPFILE | O_WRONLY, from.NewMode(), to);
     if (error != 0)
     {
         unsupported = MeansUnsupported(error);
@@ -144,8 +148,8 @@ int CopyUnnamed(const Source& from, const fs::path& destination, bool& unsupport
     return error;
 }
 
-/// Creates a file of a random name in `folder`.
-int CreateNamed(const fs::path& folder, fs::path& path, FileDescriptor& out)
+/// Creates a file of a random name in `folder`, which stands in `slot` of the register before it exists.
+int CreateNamed(const fs::path& folder, mode_t mode, fs::path& path, int& slot, FileDescriptor& out)
 {
     int error = EEXIST;
     for (int attempt = 0; attempt < kNameAttempts && error == EEXIST; ++attempt)
@@ -159,22 +163,31 @@ int CreateNamed(const fs::path& folder, fs::path& path, FileDescriptor& out)
         std::snprintf(name.data(), name.size(), ".vornu-%016llx.tmp",
                       static_cast<unsigned long long>(number));
         path = folder / name.data();
-        error = OpenDescriptor(path, O_WRONLY | O_CREAT | O_EXCL, kPrivateMode, out);
+        slot = RegisterTemporaryPath(path.c_str());
+        error = OpenDescriptor(path, O_WRONLY | O_CREAT | O_EXCL, mode, out);
+        if (error != 0)
+        {
+            ReleaseTemporaryPath(slot);
+        }
     }
     return error;
 }
 
 /// Creates the destination itself, for file systems that can neither link nor rename without overwriting.
-int CopyInPlace(const Source& from, const fs::path& destination)
+int CopyInPlace(Source& from, const fs::path& destination)
 {
     FileDescriptor to;
-    int error = OpenDescriptor(destination, O_WRONLY | O_CREAT | O_EXCL, kPrivateMode, to);
-    if (error != 0)
+    int slot = kNoTemporarySlot;
     {
-        return error;
+        // Registered before it is known to be this one's own, somebody else's file might be removed.
+        const FatalSignalsHeld held;
+        if (const int error = OpenDescriptor(destination, O_WRONLY | O_CREAT | O_EXCL, from.NewMode(), to))
+        {
+            return error;
+        }
+        slot = RegisterTemporaryPath(destination.c_str());
     }
-    const int slot = RegisterTemporaryPath(destination.c_str());
-    error = FillCopy(from, to);
+    int error = FillCopy(from, to);
     const int closeError = to.Close();
     error = error != 0 ? error : closeError;
     if (error != 0)
@@ -186,7 +199,7 @@ int CopyInPlace(const Source& from, const fs::path& destination)
 }
 
 /// Gives a complete file its final name, which must be free.
-int Publish(const Source& from, const fs::path& temporary, const fs::path& destination)
+int Publish(Source& from, const fs::path& temporary, const fs::path& destination)
 {
     int error = Link(temporary, destination, 0);
     if (error == 0 || !MeansUnsupported(error))
@@ -199,16 +212,16 @@ int Publish(const Source& from, const fs::path& temporary, const fs::path& desti
     return error == EINVAL || MeansUnsupported(error) ? CopyInPlace(from, destination) : error;
 }
 
-int CopyNamed(const Source& from, const fs::path& destination)
+int CopyNamed(Source& from, const fs::path& destination)
 {
     FileDescriptor to;
     fs::path temporary;
-    int error = CreateNamed(FolderOf(destination), temporary, to);
+    int slot = kNoTemporarySlot;
+    int error = CreateNamed(FolderOf(destination), from.NewMode(), temporary, slot, to);
     if (error != 0)
     {
         return error;
     }
-    const int slot = RegisterTemporaryPath(temporary.c_str());
     error = FillCopy(from, to);
     const int closeError = to.Close();
     error = error != 0 ? error : closeError;
@@ -218,10 +231,10 @@ int CopyNamed(const Source& from, const fs::path& destination)
     return error;
 }
 
-int CopyExclusive(const fs::path& source, const fs::path& destination, const std::optional<FileStamp>& stamp)
+int CopyExclusive(const fs::path& source, const fs::path& destination, Source& from)
 {
-    Source from{{}, stamp};
     int error = OpenDescriptor(source, O_RDONLY, 0, from.file);
+    error = error != 0 ? error : ReadFileAccess(from.file, from.access);
     if (error != 0)
     {
         return error;
@@ -253,8 +266,10 @@ int CopyExclusive(const fs::path& source, const fs::path& destination, const std
 FileResult CopyFileExclusive(const fs::path& source, const fs::path& destination,
                              const std::optional<FileStamp>& stamp)
 {
-    const int error = CopyExclusive(source, destination, stamp);
-    return error == 0 ? FileResult{} : FileResult{FileResult::kSystemFailure, SystemErrorText(error)};
+    Source from{{}, stamp, {}};
+    const int error = CopyExclusive(source, destination, from);
+    return error == 0 ? FileResult{FileResult::kSuccess, {}, from.narrowed}
+                      : FileResult{FileResult::kSystemFailure, SystemErrorText(error)};
 }
 
 } // namespace Vornu::Platform

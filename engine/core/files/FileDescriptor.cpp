@@ -97,32 +97,6 @@ int FlushFolder(const FileDescriptor& folder) noexcept
     return error == EINVAL || error == ENOTSUP || error == EBADF ? 0 : error;
 }
 
-int AdoptAttributes(const FileDescriptor& file, const struct stat& model) noexcept
-{
-    struct stat own = {};
-    if (::fstat(file.Get(), &own) != 0)
-    {
-        return errno;
-    }
-    bool sameOwner = own.st_uid == model.st_uid && own.st_gid == model.st_gid;
-    if (!sameOwner)
-    {
-        sameOwner = ::fchown(file.Get(), model.st_uid, model.st_gid) == 0;
-        if (!sameOwner && own.st_gid != model.st_gid)
-        {
-            // Only the superuser gives files away, but an owner may hand a file to a group of its own.
-            [[maybe_unused]] const int ignored = ::fchown(file.Get(), static_cast<uid_t>(-1), model.st_gid);
-        }
-    }
-    // The set-id bits mean the owner they were given for, and no other.
-    const mode_t wanted = model.st_mode & (sameOwner ? 07777u : 0777u);
-    if (::fstat(file.Get(), &own) != 0)
-    {
-        return errno;
-    }
-    return (own.st_mode & 07777u) == wanted || ::fchmod(file.Get(), wanted) == 0 ? 0 : errno;
-}
-
 std::filesystem::path FolderOf(const std::filesystem::path& path)
 {
     return path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");

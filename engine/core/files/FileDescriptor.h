@@ -46,9 +46,6 @@ int OpenFolder(const std::filesystem::path& folder, FileDescriptor& out) noexcep
 /// Brings the entries of the folder to the disk. A file system that has no such operation is no error.
 int FlushFolder(const FileDescriptor& folder) noexcept;
 
-/// Gives `file` the permission bits of `model` and, where the user may, its owner and group.
-int AdoptAttributes(const FileDescriptor& file, const struct stat& model) noexcept;
-
 /// The folder that holds `path`; "." for a bare name.
 std::filesystem::path FolderOf(const std::filesystem::path& path);
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include <fcntl.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace Vornu::Platform
@@ -20,6 +21,8 @@ constexpr FileSystemCalls kSystemCalls = {
     [](const char* from, const char* to) { return std::rename(from, to); },
     [](const char* from, const char* to, int flags) { return ::linkat(AT_FDCWD, from, AT_FDCWD, to, flags); },
     [](int descriptor) { return ::close(descriptor); },
+    [](int descriptor, const char* name, const void* value, std::size_t size)
+    { return ::fsetxattr(descriptor, name, value, size, 0); },
 };
 
 std::atomic<const FileSystemCalls*> activeCalls = &kSystemCalls;

@@ -19,6 +19,8 @@ struct FileSystemCalls
     /// linkat(2) from the current folder to the current folder.
     int (*link)(const char* from, const char* to, int flags);
     int (*close)(int descriptor);
+    /// fsetxattr(2) without flags.
+    int (*fsetxattr)(int descriptor, const char* name, const void* value, std::size_t size);
 };
 
 /// The table in use; the system's own calls unless it was replaced.

@@ -1,5 +1,6 @@
 #include "engine/core/files/Files.h"
 
+#include "engine/core/files/FileAccess.h"
 #include "engine/core/files/FileDescriptor.h"
 #include "engine/core/files/FileSystemCalls.h"
 #include "engine/core/files/ReadFaults.h"
@@ -29,16 +30,16 @@ FileResult InvalidArgument(const char* message)
     return {FileResult::kInvalidArgument, message};
 }
 
-/// Absolute and lexically normal; `what` starts the message of a failure.
-FileResult ResolveLexically(const fs::path& path, const char* what, fs::path& out)
+/// Absolute; `what` starts the message of a failure. What ".." means behind a link is the system's to say.
+FileResult MakeAbsolute(const fs::path& path, const char* what, fs::path& out)
 {
     std::error_code error;
-    out = fs::absolute(path, error).lexically_normal();
+    out = fs::absolute(path, error);
     return error ? FileResult::SystemFailure(what, error.value()) : FileResult{};
 }
 
 /// Makes the new file ready to take the target's place.
-int PrepareReplacement(const fs::path& source, const fs::path& destination, bool writeThrough)
+int PrepareReplacement(const fs::path& source, const fs::path& destination, bool writeThrough, bool& narrowed)
 {
     struct stat sourceStatus = {};
     struct stat targetStatus = {};
@@ -46,16 +47,26 @@ int PrepareReplacement(const fs::path& source, const fs::path& destination, bool
     {
         return errno;
     }
-    const bool hasTarget = ::stat(destination.c_str(), &targetStatus) == 0 && S_ISREG(targetStatus.st_mode);
+    const bool isTaken = ::stat(destination.c_str(), &targetStatus) == 0;
+    if (!isTaken && !TellsOfAbsence(errno))
+    {
+        return errno;
+    }
+    const bool hasTarget = isTaken && S_ISREG(targetStatus.st_mode);
     if (!S_ISREG(sourceStatus.st_mode) || (!hasTarget && !writeThrough))
     {
         return 0;
     }
     FileDescriptor file;
     int error = OpenDescriptor(source, O_RDONLY | O_NOFOLLOW, 0, file);
+    FileAccess access;
     if (error == 0 && hasTarget)
     {
-        error = AdoptAttributes(file, targetStatus);
+        error = ReadFileAccess(destination, access);
+    }
+    if (error == 0 && hasTarget)
+    {
+        error = ApplyFileAccess(file, access, narrowed);
     }
     if (error == 0 && writeThrough)
     {
@@ -74,9 +85,10 @@ bool IsSameFile(const fs::path& source, const fs::path& destination)
            sourceStatus.st_dev == targetStatus.st_dev && sourceStatus.st_ino == targetStatus.st_ino;
 }
 
-int MoveOver(const fs::path& source, const fs::path& destination, bool writeThrough)
+int MoveOver(const fs::path& source, const fs::path& destination, bool writeThrough,
+             const std::function<bool()>& mayReplace, bool& narrowed)
 {
-    if (const int error = PrepareReplacement(source, destination, writeThrough))
+    if (const int error = PrepareReplacement(source, destination, writeThrough, narrowed))
     {
         return error;
     }
@@ -88,6 +100,10 @@ int MoveOver(const fs::path& source, const fs::path& destination, bool writeThro
         {
             return error;
         }
+    }
+    if (mayReplace && !mayReplace())
+    {
+        return ECANCELED;
     }
     if (ActiveFileSystemCalls().rename(source.c_str(), destination.c_str()) != 0)
     {
@@ -167,7 +183,8 @@ FileResult ValidateExistingPath(const fs::path& path)
     return {};
 }
 
-FileResult ReplaceFileAtomically(const fs::path& source, const fs::path& destination, bool writeThrough)
+FileResult ReplaceFileAtomically(const fs::path& source, const fs::path& destination, bool writeThrough,
+                                 const std::function<bool()>& mayReplace)
 {
     if (FileResult result = ValidateExistingPath(source); !result.Succeeded())
     {
@@ -179,12 +196,11 @@ FileResult ReplaceFileAtomically(const fs::path& source, const fs::path& destina
     }
     fs::path from;
     fs::path to;
-    if (FileResult result = ResolveLexically(source, "Failed to resolve source path", from);
-        !result.Succeeded())
+    if (FileResult result = MakeAbsolute(source, "Failed to resolve source path", from); !result.Succeeded())
     {
         return result;
     }
-    if (FileResult result = ResolveLexically(destination, "Failed to resolve destination path", to);
+    if (FileResult result = MakeAbsolute(destination, "Failed to resolve destination path", to);
         !result.Succeeded())
     {
         return result;
@@ -193,8 +209,12 @@ FileResult ReplaceFileAtomically(const fs::path& source, const fs::path& destina
     {
         return InvalidArgument("Source and destination identify the same file.");
     }
-    const int error = MoveOver(from, to, writeThrough);
-    return error == 0 ? FileResult{} : FileResult::SystemFailure("Failed to replace file", error);
+    FileResult result;
+    if (const int error = MoveOver(from, to, writeThrough, mayReplace, result.narrowed))
+    {
+        result = FileResult::SystemFailure("Failed to replace file", error);
+    }
+    return result;
 }
 
 bool PathExists(const fs::path& path) noexcept
@@ -235,12 +255,16 @@ FileResult SetFileHidden(const fs::path& path, bool hidden)
     {
         return result;
     }
-    fs::path full;
-    if (FileResult result = ResolveLexically(path, "Failed to resolve path", full); !result.Succeeded())
+    fs::path name = path.has_filename() ? path.filename() : path.parent_path().filename();
+    if (name == "." || name == "..")
     {
-        return result;
+        std::error_code error;
+        name = fs::canonical(path, error).filename();
+        if (error)
+        {
+            return FileResult::SystemFailure("Failed to resolve path", error.value());
+        }
     }
-    const fs::path name = full.has_filename() ? full.filename() : full.parent_path().filename();
     if (name.native().starts_with('.') == hidden)
     {
         return {};

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -20,6 +21,8 @@ struct FileResult
 
     std::int32_t code = kSuccess;
     std::string message;
+    /// Set by a success that had to leave out some access rights or attributes that a file ought to have got.
+    bool narrowed = false;
 
     bool Succeeded() const noexcept { return code == kSuccess; }
 
@@ -33,12 +36,14 @@ struct FileResult
 FileResult ValidateExistingPath(const std::filesystem::path& path);
 
 /// Moves `source` over `destination` in one step, so that readers see either the old or the new file. Both
-/// stand in the same file system. An existing target passes its permission bits on and, where the user may,
-/// its owner and group. With `writeThrough` the file's bytes are on the disk before the step and the folder's
+/// stand in the same file system. An existing target passes on what `ApplyFileAccess` carries over. With
+/// `writeThrough` the file's bytes are on the disk before the step and the folder's
 /// entry after it. After a failure the target is as it was, with one exception: if only the last flush of the
-/// folder fails, the new file is in place, but may not survive a power cut.
+/// folder fails, the new file is in place, but may not survive a power cut. `mayReplace`, where given, is
+/// asked directly before the step; if it says no, the text of the failure is that of ECANCELED.
 FileResult ReplaceFileAtomically(const std::filesystem::path& source,
-                                 const std::filesystem::path& destination, bool writeThrough);
+                                 const std::filesystem::path& destination, bool writeThrough,
+                                 const std::function<bool()>& mayReplace = nullptr);
 
 /// False only if the system says that nothing is there or that there can be no such name; a path that can't
 /// be inspected counts as existing. Links are followed.

@@ -1,11 +1,15 @@
 #include "engine/core/files/Folders.h"
 
+#include "engine/core/Guid.h"
 #include "engine/core/system/System.h"
 
+#include <cerrno>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -19,10 +23,14 @@ constexpr int kRootSearchLevels = 8;
 constexpr const char* kProductFolder = "VornuEngine";
 constexpr const char* kLocalSettingsFolder = ".vornu_user";
 
+bool IsDevelopmentTree(const fs::path& folder)
+{
+    return Platform::Exists(folder / "CMakeLists.txt");
+}
+
 bool IsEngineRoot(const fs::path& folder)
 {
-    return Platform::Exists(folder / "CMakeLists.txt") ||
-           Platform::Exists(folder / "Config" / "EngineVersion.json");
+    return IsDevelopmentTree(folder) || Platform::Exists(folder / "Config" / "EngineVersion.json");
 }
 
 /// Where the desktop keeps data of the user; empty if it doesn't say.
@@ -36,6 +44,66 @@ fs::path DesktopDataFolder()
     }
     const std::optional<std::string> home = Platform::GetEnvironmentValue("HOME");
     return home ? fs::path(*home) / ".local" / "share" : fs::path();
+}
+
+/// Whether the user may make the folder, or it is there and open to the user.
+bool CanBeMade(const fs::path& folder)
+{
+    for (fs::path place = folder;; place = place.parent_path())
+    {
+        struct stat status = {};
+        if (::stat(place.c_str(), &status) == 0)
+        {
+            return S_ISDIR(status.st_mode) && ::access(place.c_str(), W_OK | X_OK) == 0;
+        }
+        if (errno != ENOENT || place == place.parent_path())
+        {
+            return false;
+        }
+    }
+}
+
+/// A folder of this process alone, for users who have none. It goes when the process ends.
+class TemporarySettings
+{
+public:
+    TemporarySettings()
+    {
+        std::error_code error;
+        const fs::path temporary = fs::temp_directory_path(error);
+        path_ = (error ? fs::path("/tmp") : temporary) / ("vornu-user-" + Guid::Generate().ToString());
+    }
+    ~TemporarySettings()
+    {
+        std::error_code ignored; // what can't be removed is the system's to clear
+        if (made_)
+        {
+            fs::remove_all(path_, ignored);
+        }
+    }
+    TemporarySettings(const TemporarySettings&) = delete;
+    TemporarySettings& operator=(const TemporarySettings&) = delete;
+
+    const fs::path& Path() const noexcept { return path_; }
+
+    void Make()
+    {
+        if (!made_)
+        {
+            Platform::CreatePrivateDirectory(path_);
+            made_ = true;
+        }
+    }
+
+private:
+    fs::path path_;
+    bool made_ = false;
+};
+
+TemporarySettings& SettingsOfThisRun()
+{
+    static TemporarySettings settings;
+    return settings;
 }
 
 /// The folder that the environment names; empty if it names none.
@@ -54,14 +122,13 @@ fs::path ConfiguredSettingsFolder()
 
 fs::path SettingsFolderOfRoot(const fs::path& root)
 {
-    if (::access(root.c_str(), W_OK) != 0)
+    if (IsDevelopmentTree(root))
     {
-        if (const fs::path data = DesktopDataFolder(); !data.empty())
-        {
-            return data / kProductFolder;
-        }
+        return root / kLocalSettingsFolder;
     }
-    return root / kLocalSettingsFolder;
+    const fs::path data = DesktopDataFolder();
+    return !data.empty() && CanBeMade(data / kProductFolder) ? data / kProductFolder
+                                                             : SettingsOfThisRun().Path();
 }
 
 } // namespace
@@ -138,6 +205,17 @@ fs::path UserSettingsFolder(const fs::path& executableFolder)
 {
     const fs::path configured = ConfiguredSettingsFolder();
     return configured.empty() ? SettingsFolderOfRoot(EngineRootFolder(executableFolder)) : configured;
+}
+
+void MakeUserSettingsFolder()
+{
+    const fs::path folder = UserSettingsFolder();
+    if (ConfiguredSettingsFolder().empty() && folder == SettingsOfThisRun().Path())
+    {
+        SettingsOfThisRun().Make();
+        return;
+    }
+    Platform::CreateDirectories(folder);
 }
 
 fs::path UserPreferencesPath()

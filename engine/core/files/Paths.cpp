@@ -54,7 +54,7 @@ fs::path CanonicalPath(const fs::path& path, std::error_code& error)
     {
         result = path;
     }
-    result = result.lexically_normal();
+    // The system alone knows where ".." behind a link leads; what doesn't exist has none.
     fs::path canonical = fs::weakly_canonical(result, error);
     NoteReadFault(result, error.value());
     result = error || canonical.empty() ? ExpandLongestPrefix(result) : std::move(canonical);

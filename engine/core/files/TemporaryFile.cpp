@@ -1,5 +1,6 @@
 #include "engine/core/files/TemporaryFile.h"
 
+#include "engine/core/files/ReadFaults.h"
 #include "engine/core/system/System.h"
 
 #include <cerrno>
@@ -15,8 +16,6 @@ namespace Vornu::Platform
 namespace
 {
 
-constexpr mode_t kNewFileMode = 0666;
-
 /// Absolute, so that a later change of the working folder can't point the removal at another file.
 std::filesystem::path MakeAbsolute(const std::filesystem::path& path)
 {
@@ -27,16 +26,19 @@ std::filesystem::path MakeAbsolute(const std::filesystem::path& path)
 
 } // namespace
 
-TemporaryFile::TemporaryFile(std::filesystem::path path)
-    : path_(std::move(path)), absolutePath_(MakeAbsolute(path_))
+TemporaryFile::TemporaryFile(std::filesystem::path path, std::filesystem::path target,
+                             const AccessLimit& limit)
+    : path_(std::move(path)), absolutePath_(MakeAbsolute(path_)), target_(std::move(target)), limit_(limit)
 {
-    error_ = OpenDescriptor(path_, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, kNewFileMode, file_);
+    struct stat status = {};
+    const mode_t mode = PrivateMode(::stat(target_.c_str(), &status) == 0 ? status.st_mode : limit_.mode);
+    slot_ = RegisterTemporaryPath(absolutePath_.c_str());
+    error_ = OpenDescriptor(path_, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, mode, file_);
     if (error_ != 0)
     {
+        ReleaseTemporaryPath(std::exchange(slot_, kNoTemporarySlot));
         return;
     }
-    slot_ = RegisterTemporaryPath(absolutePath_.c_str());
-    struct stat status = {};
     if (::fstat(file_.Get(), &status) == 0)
     {
         created_ = true;
@@ -72,8 +74,13 @@ bool TemporaryFile::Write(std::string_view bytes) noexcept
     return Good();
 }
 
-bool TemporaryFile::Close() noexcept
+bool TemporaryFile::Close()
 {
+    struct stat status = {};
+    if (Good() && file_.IsOpen() && ::stat(target_.c_str(), &status) != 0 && TellsOfAbsence(errno))
+    {
+        Record(WidenNewFile(file_, FolderOf(absolutePath_), limit_));
+    }
     return Record(file_.Close());
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/core/files/FileAccess.h"
 #include "engine/core/files/FileDescriptor.h"
 #include "engine/core/system/Signals.h"
 
@@ -18,8 +19,10 @@ namespace Vornu::Platform
 class TemporaryFile
 {
 public:
-    /// Creates the file, or empties the one that is there. A link at `path` is refused.
-    explicit TemporaryFile(std::filesystem::path path);
+    /// Creates the file, or empties the one that is there. A link at `path` is refused. The file is private
+    /// while it is written. If nothing is at `target`, the place that it is meant for, `Close` gives it the
+    /// access of a new file within `limit`; a file there passes its own on when it is replaced.
+    TemporaryFile(std::filesystem::path path, std::filesystem::path target, const AccessLimit& limit = {});
     ~TemporaryFile();
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -33,7 +36,7 @@ public:
     bool Good() const noexcept { return error_ == 0; }
 
     /// Closes the file and tells whether everything went well, the closing included.
-    bool Close() noexcept;
+    bool Close();
 
     const std::filesystem::path& Path() const noexcept { return path_; }
 
@@ -45,6 +48,8 @@ private:
 
     std::filesystem::path path_;
     std::filesystem::path absolutePath_;
+    std::filesystem::path target_;
+    AccessLimit limit_;
     FileDescriptor file_;
     int error_ = 0;
     int slot_ = kNoTemporarySlot;

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 
 #include <fcntl.h>
@@ -16,6 +17,7 @@ namespace
 {
 
 constexpr std::size_t kSlotCount = 64;
+constexpr int kFatalSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 enum class SlotState : int
 {
@@ -35,6 +37,17 @@ struct TemporarySlot
 static_assert(std::atomic<SlotState>::is_always_lock_free, "the signal handler must not wait for a lock");
 
 std::array<TemporarySlot, kSlotCount> slots;
+
+sigset_t FatalSignals() noexcept
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signalNumber : kFatalSignals)
+    {
+        sigaddset(&signals, signalNumber);
+    }
+    return signals;
+}
 
 void RemoveTemporaryFiles(int signalNumber)
 {
@@ -66,17 +79,21 @@ void PrepareStandardStreams() noexcept
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
+void WriteStandardStreamsByLine() noexcept
+{
+    constexpr std::size_t kLineBuffer = 8192;
+    static char buffers[2][kLineBuffer];
+    std::setvbuf(stdout, buffers[0], _IOLBF, kLineBuffer);
+    std::setvbuf(stderr, buffers[1], _IOLBF, kLineBuffer);
+}
+
 void InstallTemporaryFileCleanup() noexcept
 {
     struct sigaction action = {};
     action.sa_handler = RemoveTemporaryFiles;
     action.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigemptyset(&action.sa_mask);
-    for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP})
-    {
-        sigaddset(&action.sa_mask, signalNumber);
-    }
-    for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP})
+    action.sa_mask = FatalSignals();
+    for (const int signalNumber : kFatalSignals)
     {
         struct sigaction current = {};
         if (::sigaction(signalNumber, nullptr, &current) == 0 && current.sa_handler != SIG_IGN)
@@ -113,6 +130,17 @@ void ReleaseTemporaryPath(int slot) noexcept
         SlotState expected = SlotState::Registered;
         slots[static_cast<std::size_t>(slot)].state.compare_exchange_strong(expected, SlotState::Free);
     }
+}
+
+FatalSignalsHeld::FatalSignalsHeld() noexcept
+{
+    const sigset_t signals = FatalSignals();
+    ::pthread_sigmask(SIG_BLOCK, &signals, &before_);
+}
+
+FatalSignalsHeld::~FatalSignalsHeld()
+{
+    ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
 } // namespace Vornu::Platform

@@ -9,6 +9,7 @@
 #include <malloc.h>
 #include <pthread.h>
 #include <sys/random.h>
+#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 
@@ -150,6 +151,12 @@ bool CreateDirectories(const fs::path& path)
     return created;
 }
 
+void CreatePrivateDirectory(const fs::path& path)
+{
+    const int error = ::mkdir(path.c_str(), S_IRWXU) == 0 ? 0 : errno;
+    ThrowOn(std::error_code(error, std::generic_category()), "create_directories", path);
+}
+
 bool Exists(const fs::path& path)
 {
     std::error_code error;
@@ -162,10 +169,10 @@ fs::file_status Status(const fs::path& path)
     return CheckedStatus(fs::status(path, error), error, "status", path);
 }
 
-fs::file_status EntryStatus(const fs::directory_entry& entry)
+fs::file_status EntryStatus(const fs::path& entry)
 {
     std::error_code error;
-    return CheckedStatus(entry.status(error), error, "directory_entry::status", entry.path());
+    return CheckedStatus(fs::status(entry, error), error, "directory_entry::status", entry);
 }
 
 fs::path WeaklyCanonical(const fs::path& path)

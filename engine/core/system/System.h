@@ -39,6 +39,10 @@ std::string SystemErrorText(const std::error_code& error);
 /// Throws as "create_directories".
 bool CreateDirectories(const std::filesystem::path& path);
 
+/// Creates one folder that is closed to others. One that is there already is an error. Throws as
+/// "create_directories".
+void CreatePrivateDirectory(const std::filesystem::path& path);
+
 /// Absence is no error. Throws as "exists".
 bool Exists(const std::filesystem::path& path);
 
@@ -46,7 +50,7 @@ bool Exists(const std::filesystem::path& path);
 std::filesystem::file_status Status(const std::filesystem::path& path);
 
 /// Absence is no error. Throws as "directory_entry::status".
-std::filesystem::file_status EntryStatus(const std::filesystem::directory_entry& entry);
+std::filesystem::file_status EntryStatus(const std::filesystem::path& entry);
 
 /// Throws as "weakly_canonical".
 std::filesystem::path WeaklyCanonical(const std::filesystem::path& path);

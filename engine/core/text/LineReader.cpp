@@ -59,6 +59,52 @@ bool LineReader::ReadBeyondBuffer(std::string_view& line)
     return TakeLine(end_, 0, line);
 }
 
+bool LineReader::ReadHeadBeyondBuffer(std::string_view& head)
+{
+    for (std::string_view passed; ReadLineRest(passed);)
+    {
+    }
+    std::size_t searched = 0;
+    for (;;)
+    {
+        const auto available = static_cast<std::size_t>(end_ - at_);
+        const void* const feed =
+            available > searched ? std::memchr(at_ + searched, '\n', available - searched) : nullptr;
+        if (feed != nullptr)
+        {
+            return TakeLine(static_cast<const char*>(feed), 1, head);
+        }
+        if (file_ != nullptr && available == capacity_)
+        {
+            head = {at_, available};
+            at_ = end_;
+            inLine_ = true;
+            return true;
+        }
+        searched = available;
+        if (!FillBuffer())
+        {
+            break;
+        }
+    }
+    return at_ != end_ && (file_ == nullptr || !file_->Failed()) && TakeLine(end_, 0, head);
+}
+
+bool LineReader::ReadLineRest(std::string_view& part)
+{
+    if (!inLine_ || (at_ == end_ && !FillBuffer()))
+    {
+        inLine_ = false;
+        return false;
+    }
+    const auto available = static_cast<std::size_t>(end_ - at_);
+    const auto* const feed = static_cast<const char*>(std::memchr(at_, '\n', available));
+    part = {at_, feed != nullptr ? static_cast<std::size_t>(feed - at_) : available};
+    at_ += part.size() + (feed != nullptr ? 1 : 0);
+    inLine_ = feed == nullptr;
+    return true;
+}
+
 /// Brings more bytes behind the present line's start. False at the end of the file.
 bool LineReader::FillBuffer()
 {

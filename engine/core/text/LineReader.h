@@ -39,6 +39,29 @@ public:
         return feed != nullptr ? TakeLine(static_cast<const char*>(feed), 1, line) : ReadBeyondBuffer(line);
     }
 
+    /// The next line or, where the buffer can't hold it, its beginning: memory stays bounded whatever the
+    /// line. Not for a reader that keeps lines.
+    bool ReadLineHead(std::string_view& head)
+    {
+        if (!inLine_)
+        {
+            const auto available = static_cast<std::size_t>(end_ - at_);
+            const void* const feed = available > 0 ? std::memchr(at_, '\n', available) : nullptr;
+            if (feed != nullptr)
+            {
+                return TakeLine(static_cast<const char*>(feed), 1, head);
+            }
+        }
+        return ReadHeadBeyondBuffer(head);
+    }
+
+    /// True while more may stand behind what `ReadLineHead` and `ReadLineRest` have given of the line.
+    bool IsInLine() const noexcept { return inLine_; }
+
+    /// The next bytes of such a line, a carriage return at its end among them. False behind the last; the
+    /// next line can be read without asking for the rest.
+    bool ReadLineRest(std::string_view& part);
+
     /// What stands ahead, up to `size` bytes (64 KiB at most), without going on; shorter at the end of the
     /// text.
     std::string_view Peek(std::size_t size);
@@ -63,6 +86,7 @@ private:
     }
 
     bool ReadBeyondBuffer(std::string_view& line);
+    bool ReadHeadBeyondBuffer(std::string_view& head);
     bool FillBuffer();
 
     const char* begin_;
@@ -74,6 +98,7 @@ private:
     std::unique_ptr<char[]> buffer_;
     std::size_t capacity_ = 0;
     bool keepsLines_ = false;
+    bool inLine_ = false;
     std::vector<std::unique_ptr<char[]>> retired_; // earlier buffers that lines still refer to
 };
 

@@ -3,6 +3,7 @@
 #include "engine/core/files/Files.h"
 #include "engine/core/files/Paths.h"
 #include "engine/core/files/TemporaryFile.h"
+#include "engine/core/logging/AccessWarning.h"
 #include "engine/core/text/TextWriter.h"
 #include "engine/reflection/SchemaCodec.h"
 #include "engine/reflection/SchemaRecordText.h"
@@ -200,7 +201,7 @@ private:
 };
 
 void WriteAndReplace(Platform::TemporaryFile& file, const std::filesystem::path& target, const Scene& scene,
-                     const Assets::AssetRegistry& assets)
+                     const Assets::AssetRegistry& assets, const SaveOptions& options)
 {
     Core::TextWriter out([&file](std::string_view text) { return file.Write(text); });
     SceneWriter(scene, assets, out).Write();
@@ -212,15 +213,18 @@ void WriteAndReplace(Platform::TemporaryFile& file, const std::filesystem::path&
     {
         throw std::runtime_error("Failed to close scene file.");
     }
-    const Platform::FileResult result = Platform::ReplaceFileAtomically(file.Path(), target, true);
+    const Platform::FileResult result =
+        Platform::ReplaceFileAtomically(file.Path(), target, true, options.mayReplace);
     if (!result.Succeeded())
     {
         throw std::runtime_error("Failed to replace scene file: " + result.message);
     }
+    Core::WarnIfNarrowed(result, target);
 }
 
 /// Writes a temporary file beside the target and moves it there. False when it can't be opened.
-bool SaveBeside(const std::filesystem::path& path, const Scene& scene, const Assets::AssetRegistry& assets)
+bool SaveBeside(const std::filesystem::path& path, const Scene& scene, const Assets::AssetRegistry& assets,
+                const SaveOptions& options)
 {
     const std::optional<std::filesystem::path> target = Platform::FollowLinks(path);
     if (!target)
@@ -229,24 +233,24 @@ bool SaveBeside(const std::filesystem::path& path, const Scene& scene, const Ass
     }
     std::filesystem::path temporary = *target;
     temporary += ".save-" + Core::Guid::Generate().ToString() + ".tmp";
-    Platform::TemporaryFile file(temporary);
+    Platform::TemporaryFile file(temporary, *target, options.limit);
     if (!file.IsOpen())
     {
         return false;
     }
-    WriteAndReplace(file, *target, scene, assets);
+    WriteAndReplace(file, *target, scene, assets, options);
     return true;
 }
 
 } // namespace
 
 bool SaveScene(const std::filesystem::path& path, const Scene& scene, Assets::AssetManager& assets,
-               std::string* error)
+               std::string* error, const SaveOptions& options)
 {
     std::string message;
     try
     {
-        if (!SaveBeside(path, scene, assets.GetRegistry()))
+        if (!SaveBeside(path, scene, assets.GetRegistry(), options))
         {
             message = "Failed to open scene file for writing.";
         }

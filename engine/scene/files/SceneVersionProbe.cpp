@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace Vornu::Scene
@@ -24,6 +25,38 @@ SceneVersionProbe ProbeCookedHead(std::span<const std::byte> head)
         return {};
     }
     return {Core::ByteReader(head.subspan(Assets::kContainerHeaderSize)).ReadU32(), true};
+}
+
+bool MayStandBeforeNumber(char c)
+{
+    return Core::IsSpace(c) || c == '+' || c == '-';
+}
+
+/// A short text with the same first word, if that is short, and the same number behind it as a line of which
+/// `head` is the beginning: without blanks and zeros that repeat, and without what comes too late to matter.
+std::string CondenseHeader(Core::LineReader& source, std::string_view head)
+{
+    constexpr std::size_t kLongest = 128; // more digits than any version has
+    std::string text = " ";
+    do
+    {
+        for (const char c : head)
+        {
+            const char last = text.back();
+            const bool repeatsBlank = Core::IsSpace(c) && Core::IsSpace(last);
+            const bool repeatsZero = c == '0' && last == '0' && MayStandBeforeNumber(text[text.size() - 2]);
+            if (repeatsBlank || repeatsZero)
+            {
+                continue;
+            }
+            text += c;
+            if (text.size() == kLongest)
+            {
+                return text;
+            }
+        }
+    } while (source.ReadLineRest(head));
+    return text;
 }
 
 } // namespace
@@ -50,13 +83,19 @@ SceneVersionProbe ProbeSceneVersion(Core::LineReader& source, std::uint64_t& lin
     std::string_view line;
     do
     {
-        if (!source.ReadLine(line))
+        if (!source.ReadLineHead(line))
         {
             return {};
         }
         ++lineNumber;
     } while (line.empty() || line.front() == '#');
 
+    std::string condensed;
+    if (source.IsInLine())
+    {
+        condensed = CondenseHeader(source, line);
+        line = condensed;
+    }
     Core::TokenReader tokens(line);
     SceneVersionProbe probe;
     probe.found = tokens.ReadWord() == "scene_version" && tokens.Read(probe.version);

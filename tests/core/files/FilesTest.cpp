@@ -34,6 +34,7 @@ struct FaultPlan
     int error = 0;
     bool unnamedFiles = true;
     bool links = true;
+    bool attributes = true;
     bool shortWrites = false;
     bool renamed = false;
     int calls = 0;
@@ -92,6 +93,15 @@ constexpr FileSystemCalls kFaultyCalls = {
         plan.real->close(file);
         return plan.Fails() ? -1 : 0;
     },
+    [](int file, const char* name, const void* value, std::size_t size)
+    {
+        if (!plan.attributes)
+        {
+            errno = ENOTSUP;
+            return -1;
+        }
+        return plan.Fails() ? -1 : plan.real->fsetxattr(file, name, value, size);
+    },
 };
 
 /// Puts the faulty table in use for a scope.
@@ -126,7 +136,7 @@ int SweepFaults(bool unnamedFiles, const std::function<void(const FaultPlan&)>& 
 
 FileResult SaveThroughTemporary(const TestFolder& folder, std::string_view text)
 {
-    TemporaryFile file(folder / "a.tmp");
+    TemporaryFile file(folder / "a.tmp", folder / "a");
     file.Write(text);
     if (!file.Close())
     {
@@ -162,6 +172,44 @@ TEST(ReplaceFile, RefusesWhatItCannotDo)
         EXPECT_EQ(Text(ReplaceFileAtomically(row.source, row.destination, false)), row.expected);
         EXPECT_EQ(folder.Read("a"), "one");
     }
+}
+
+TEST(ReplaceFile, LeadsThroughALinkToAFolderAsTheSystemDoes)
+{
+    const TestFolder folder;
+    folder.Write("far/sub/x", "");
+    folder.Write("a", "near");
+    folder.Write("far/a", "far");
+    folder.Write("far/new", "new");
+    fs::create_directory_symlink("far/sub", folder / "link");
+    EXPECT_EQ(Text(ReplaceFileAtomically(folder / "link/../new", folder / "link/../a", true)), "0 ");
+    EXPECT_EQ(folder.Read("far/a"), "new");
+    EXPECT_EQ(folder.Read("a"), "near");
+    EXPECT_EQ(Text(CopyFileExclusive(folder / "link/../a", folder / "link/../b")), "0 ");
+    EXPECT_EQ(folder.Read("far/b"), "new");
+    EXPECT_EQ(Text(SetFileHidden(folder / "link/..", false)), "0 ");
+}
+
+TEST(ReplaceFile, IsAskedForDirectlyBeforeTheStep)
+{
+    const TestFolder folder;
+    folder.Write("a", "old");
+    folder.Write("b", "new");
+    std::string seen;
+    const auto answer = [&](bool mayReplace)
+    {
+        return ReplaceFileAtomically(folder / "b", folder / "a", true,
+                                     [&]
+                                     {
+                                         seen += folder.Read("a");
+                                         return mayReplace;
+                                     });
+    };
+    EXPECT_EQ(Text(answer(false)), "4 Failed to replace file: Operation canceled");
+    EXPECT_EQ(folder.Read("a") + folder.Read("b"), "oldnew");
+    EXPECT_EQ(Text(answer(true)), "0 ");
+    EXPECT_EQ(folder.Read("a"), "new");
+    EXPECT_EQ(seen, "oldold");
 }
 
 TEST(ReplaceFile, KeepsThePermissionsOfTheTarget)
@@ -238,14 +286,14 @@ TEST(TemporaryFile, RemovesItsOwnFileOnly)
     folder.Write("target", "kept");
     fs::create_symlink(folder / "target", folder / "link.tmp");
     {
-        TemporaryFile emptied(folder / "old.tmp");
+        TemporaryFile emptied(folder / "old.tmp", folder / "old");
         EXPECT_TRUE(emptied.IsOpen());
         EXPECT_EQ(folder.Read("old.tmp"), "");
-        TemporaryFile moved(folder / "moved.tmp");
+        TemporaryFile moved(folder / "moved.tmp", folder / "moved");
         EXPECT_TRUE(moved.Write("moved") && moved.Close());
         fs::rename(folder / "moved.tmp", folder / "moved");
         folder.Write("moved.tmp", "of another writer");
-        TemporaryFile refused(folder / "link.tmp");
+        TemporaryFile refused(folder / "link.tmp", folder / "link");
         EXPECT_FALSE(refused.IsOpen() || refused.Good() || refused.Write("x") || refused.Close());
         EXPECT_EQ(refused.ErrorText(), "Too many levels of symbolic links");
     }

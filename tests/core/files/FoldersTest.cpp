@@ -48,7 +48,13 @@ TEST(Folders, UserSettingsFollowTheEnvironmentInOrder)
 {
     const TestFolder folder;
     folder.Write("CMakeLists.txt", "");
+    folder.Write("file", "");
     const std::string local = (folder / ".vornu_user").string();
+    const std::string data = (folder / "xdg").string(); // can be made
+    const std::string user = (folder / "home/u").string();
+    const std::string file = (folder / "file").string();
+    const fs::path installed = "/none/a/b";
+    const ScopedVariable temporary("TMPDIR", folder.Path().string());
     using Value = std::optional<std::string>;
     const struct
     {
@@ -59,13 +65,15 @@ TEST(Folders, UserSettingsFollowTheEnvironmentInOrder)
         fs::path executableFolder;
         std::string expected;
     } rows[] = {
-        {"/set", "/app", "/xdg", "/home/u", folder / "bin", "/set"},
-        {"", "/app", "/xdg", "/home/u", folder / "bin", "/app/VornuEngine"},
-        {"", "", "/xdg", "/home/u", folder / "bin", local},
+        {"/set", "/app", data, user, folder / "bin", "/set"},
+        {"", "/app", data, user, folder / "bin", "/app/VornuEngine"},
+        {"", "", data, user, folder / "bin", local},
         {{}, {}, {}, {}, folder / "bin", local},
-        {{}, {}, "/xdg", "/home/u", "/none/a/b", "/xdg/VornuEngine"},
-        {{}, {}, "relative", "/home/u", "/none/a/b", "/home/u/.local/share/VornuEngine"},
-        {{}, {}, {}, {}, "/none/a/b", "/none/.vornu_user"},
+        {{}, {}, data, user, installed, data + "/VornuEngine"},
+        {{}, {}, "relative", user, installed, user + "/.local/share/VornuEngine"},
+        {{}, {}, {}, {}, installed, "temporary"},
+        {{}, {}, {}, file, installed, "temporary"},
+        {{}, {}, {}, "/dev/null", installed, "temporary"},
     };
     for (const auto& row : rows)
     {
@@ -73,9 +81,12 @@ TEST(Folders, UserSettingsFollowTheEnvironmentInOrder)
         const ScopedVariable appData("APPDATA", row.appData);
         const ScopedVariable xdg("XDG_DATA_HOME", row.xdg);
         const ScopedVariable home("HOME", row.home);
-        EXPECT_EQ(UserSettingsFolder(row.executableFolder), row.expected);
+        const fs::path found = UserSettingsFolder(row.executableFolder);
+        const bool isTemporary = found.filename().string().starts_with("vornu-user-");
+        EXPECT_EQ(isTemporary ? "temporary" : found.string(), row.expected);
+        EXPECT_EQ(UserSettingsFolder(row.executableFolder), found);
     }
-    EXPECT_EQ(folder.List(), "CMakeLists.txt");
+    EXPECT_EQ(folder.List(), "CMakeLists.txt file");
 }
 
 TEST(Folders, EngineAssetsAreSoughtFromTheExecutableUpwards)

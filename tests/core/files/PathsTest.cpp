@@ -20,6 +20,9 @@ TEST(Paths, CanonicalFormResolvesLinksInThePartThatExists)
     const TestFolder folder;
     folder.Write("real/a", "");
     fs::create_directory_symlink("real", folder / "link");
+    folder.Write("real/sub/x", "");
+    folder.Write("far/a", "");
+    fs::create_directory_symlink("../real/sub", folder / "far/link");
     fs::create_symlink("loop", folder / "loop");
     const std::string root = folder.Path().string();
     const struct
@@ -34,6 +37,9 @@ TEST(Paths, CanonicalFormResolvesLinksInThePartThatExists)
         {root + "/link/a", root + "/real/a"},
         {root + "/link/none/b/", root + "/real/none/b"},
         {root + "/real/./x/../a", root + "/real/a"},
+        // Behind a link ".." is the folder above the one that it leads to.
+        {root + "/far/link/../a", root + "/real/a"},
+        {root + "/far/link/../none", root + "/real/none"},
         // What can't be resolved stays.
         {root + "/loop/x", root + "/loop/x"},
         {root + "/" + std::string(300, 'n') + "/", root + "/" + std::string(300, 'n')},

@@ -1,5 +1,7 @@
 #include "engine/core/system/System.h"
 
+#include "engine/core/files/Backup.h"
+#include "engine/core/files/FileSystemCalls.h"
 #include "engine/core/files/TemporaryFile.h"
 #include "engine/core/system/Signals.h"
 #include "tests/core/TestFolder.h"
@@ -13,6 +15,7 @@
 #include <string>
 #include <thread>
 
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -123,7 +126,7 @@ TEST(System, FileErrorsStartWithTheOperation)
         {[&] { Exists(loop); }, "exists" + loops},
         {[&] { Status(none); }, "none"},
         {[&] { Status(loop); }, "status" + loops},
-        {[&] { EntryStatus(fs::directory_entry(loop)); }, "directory_entry::status" + loops},
+        {[&] { EntryStatus(loop); }, "directory_entry::status" + loops},
         {[&] { WeaklyCanonical(loop); }, "weakly_canonical" + loops},
         {[&] { CopyFile(none, file); }, "copy_file" + absent},
         {[&] { LastWriteTime(none); }, "last_write_time" + absent},
@@ -144,11 +147,12 @@ TEST(Signals, AFatalSignalRemovesTemporaryFilesAndTakesItsCourse)
         const int status = StatusOfChild(
             [&]
             {
+                std::signal(signalNumber, SIG_DFL); // whatever the test itself was started with
                 InstallTemporaryFileCleanup();
                 fs::current_path(folder.Path());
-                const TemporaryFile file("a.tmp");
+                const TemporaryFile file("a.tmp", "a");
                 {
-                    const TemporaryFile moved(folder / "moved.tmp");
+                    const TemporaryFile moved(folder / "moved.tmp", folder / "moved");
                     fs::rename(folder / "moved.tmp", folder / "moved");
                 }
                 folder.Write("moved.tmp", "");
@@ -158,6 +162,47 @@ TEST(Signals, AFatalSignalRemovesTemporaryFilesAndTakesItsCourse)
             });
         EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signalNumber) << status;
         EXPECT_EQ(folder.List(), "moved moved.tmp");
+    }
+}
+
+TEST(Signals, AFileIsRegisteredBeforeItExists)
+{
+    const TestFolder folder;
+    folder.Write("source", "");
+    static FileSystemCalls calls;
+    calls = ActiveFileSystemCalls();
+    // The signal comes as soon as a file was created; there are no files without a name.
+    calls.open = [](const char* path, int flags, mode_t mode)
+    {
+        if ((flags & O_TMPFILE) == O_TMPFILE)
+        {
+            errno = EOPNOTSUPP;
+            return -1;
+        }
+        const int file = ::open(path, flags, mode);
+        if ((flags & O_CREAT) != 0)
+        {
+            ::raise(SIGTERM);
+        }
+        return file;
+    };
+    const std::function<void()> writers[] = {
+        [&] { const TemporaryFile file(folder / "a.tmp", folder / "a"); },
+        [&] { CopyFileExclusive(folder / "source", folder / "copy"); },
+    };
+    for (const auto& write : writers)
+    {
+        const int status = StatusOfChild(
+            [&]
+            {
+                std::signal(SIGTERM, SIG_DFL);
+                InstallTemporaryFileCleanup();
+                ReplaceFileSystemCalls(&calls);
+                write();
+                return 0;
+            });
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
+        EXPECT_EQ(folder.List(), "source");
     }
 }
 
@@ -191,7 +236,7 @@ TEST(Signals, ClosedStandardStreamsAreOpenedOnTheNullDevice)
                                 errors.st_rdev == nothing.st_rdev;
             ::raise(SIGPIPE);
             ::raise(SIGXFSZ);
-            const TemporaryFile file(folder / "a");
+            const TemporaryFile file(folder / "a", folder / "a");
             return opened && file.IsOpen() ? 0 : 1;
         });
     EXPECT_EQ(status, 0);

@@ -432,6 +432,11 @@ const Platform::FileSystemCalls kFaultyCalls = {
         errno = ENOSPC;
         return faults ? result : closed;
     },
+    [](int file, const char* name, const void* value, std::size_t size)
+    {
+        int result;
+        return Faults(result) ? result : realCalls->fsetxattr(file, name, value, size);
+    },
 };
 
 std::string SaveWithFault(int call, const TestFolder& folder, const Scene& scene)
