@@ -160,6 +160,10 @@ TEST(ReflectionRegistry, ValueTypesAdmitTheirKinds)
     EXPECT_EQ(AdmittedKinds<Core::Guid>(), "13 14 15 ");
     EXPECT_EQ(AdmittedKinds<Small>(), "10 14 ");
     EXPECT_EQ(AdmittedKinds<Piece>(), "14 15 ");
+    EXPECT_EQ(AdmittedKinds<double>(), "14 ");
+    EXPECT_EQ(AdmittedKinds<std::int64_t>(), "14 ");
+    EXPECT_EQ(AdmittedKinds<std::uint8_t>(), "14 ");
+    EXPECT_EQ(AdmittedKinds<const char*>(), "14 ");
     EXPECT_EQ(AdmittedKinds<std::vector<std::vector<std::uint32_t>>>(), "2 12 14 ");
 
     const ValueSchema nested = MakeValueSchema<std::vector<std::vector<Piece>>>(PropertyKind::Object);
