@@ -130,7 +130,7 @@ private:
         {
             Refuse();
         }
-        RequireLeaf(schema.Leaf(), attributes);
+        CheckCollectionLeaf(schema, attributes, registry_);
         budget_.Charge(size, depth);
         char* const begin = out_.Reserve(head.size() + 1 + Core::kNumberTextCapacity);
         char* at = CopyText(begin, head);
@@ -153,21 +153,6 @@ private:
         }
         out_.Append("end_array");
         EndLine();
-    }
-
-    /// What an empty collection must have as well.
-    void RequireLeaf(const ValueSchema& leaf, const PropertyAttributes& attributes) const
-    {
-        const TypeInfo* const type =
-            leaf.shape == ValueShape::Object ? registry_.FindType(leaf.type) : nullptr;
-        if (leaf.kind == PropertyKind::Custom ||
-            (leaf.kind == PropertyKind::Enum && FindEnumOf(attributes, registry_) == nullptr) ||
-            (leaf.kind == PropertyKind::AssetRef && FindAssetTypeOf(attributes, registry_) == nullptr) ||
-            (leaf.shape == ValueShape::Object &&
-             (type == nullptr || type->name.empty() || type->version == 0)))
-        {
-            Refuse();
-        }
     }
 
     std::string_view EnumName(const ObjectView& view, const PropertyAttributes& attributes) const

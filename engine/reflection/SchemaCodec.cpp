@@ -99,33 +99,6 @@ void RequireEntityStorage(const ObjectView& view, const void* data)
     }
 }
 
-/// What capture and apply both ask of a collection's innermost leaf.
-void CheckCollectionLeaf(const ValueSchema& schema, const PropertyAttributes& attributes,
-                         const ReflectionRegistry& registry)
-{
-    const ValueSchema& leaf = schema.Leaf();
-    if (leaf.kind == PropertyKind::Custom)
-    {
-        throw std::runtime_error("Opaque collection elements require a schema codec.");
-    }
-    if (leaf.kind == PropertyKind::Enum)
-    {
-        RequireEnum(attributes, leaf.type, registry);
-    }
-    if (leaf.kind == PropertyKind::AssetRef && FindAssetTypeOf(attributes, registry) == nullptr)
-    {
-        throw std::runtime_error("Collection asset constraint is not registered.");
-    }
-    if (leaf.shape == ValueShape::Object)
-    {
-        const TypeInfo* const type = registry.FindType(leaf.type);
-        if (type == nullptr || type->name.empty() || type->version == 0)
-        {
-            throw std::runtime_error("Collection object schema is not registered.");
-        }
-    }
-}
-
 // Capture
 // -----------------------------------------------------------------------------------------------------
 
@@ -601,6 +574,32 @@ const AssetTypeInfo* FindAssetTypeOf(const PropertyAttributes& attributes, const
 {
     return attributes.knownAssetType != nullptr ? attributes.knownAssetType
                                                 : registry.FindAssetType(attributes.assetType);
+}
+
+void CheckCollectionLeaf(const ValueSchema& schema, const PropertyAttributes& attributes,
+                         const ReflectionRegistry& registry)
+{
+    const ValueSchema& leaf = schema.Leaf();
+    if (leaf.kind == PropertyKind::Custom)
+    {
+        throw std::runtime_error("Opaque collection elements require a schema codec.");
+    }
+    if (leaf.kind == PropertyKind::Enum)
+    {
+        RequireEnum(attributes, leaf.type, registry);
+    }
+    if (leaf.kind == PropertyKind::AssetRef && FindAssetTypeOf(attributes, registry) == nullptr)
+    {
+        throw std::runtime_error("Collection asset constraint is not registered.");
+    }
+    if (leaf.shape == ValueShape::Object)
+    {
+        const TypeInfo* const type = registry.FindType(leaf.type);
+        if (type == nullptr || type->name.empty() || type->version == 0)
+        {
+            throw std::runtime_error("Collection object schema is not registered.");
+        }
+    }
 }
 
 SchemaValue EncodeTypedValue(const ObjectView& view, const ValueSchema& schema,

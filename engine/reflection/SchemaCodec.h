@@ -55,6 +55,10 @@ const EnumSchema* FindEnumOf(const PropertyAttributes& attributes, const Reflect
 const AssetTypeInfo* FindAssetTypeOf(const PropertyAttributes& attributes,
                                      const ReflectionRegistry& registry);
 
+/// What capture and apply both ask of a collection's innermost leaf, whether there are elements or not.
+void CheckCollectionLeaf(const ValueSchema& schema, const PropertyAttributes& attributes,
+                         const ReflectionRegistry& registry);
+
 SchemaValue EncodeTypedValue(const ObjectView& view, const ValueSchema& schema,
                              const PropertyAttributes& attributes, CodecState& state, std::uint32_t depth);
 void DecodeTypedValue(const SchemaValue& value, const ObjectView& view, const ValueSchema& schema,

@@ -66,6 +66,11 @@ public:
     /// text.
     std::string_view Peek(std::size_t size);
 
+    /// What the buffer holds behind the last line, whole lines or not.
+    std::string_view Buffered() const noexcept { return {at_, static_cast<std::size_t>(end_ - at_)}; }
+    /// Goes on behind the first `size` bytes of that.
+    void SkipBuffered(std::size_t size) noexcept { at_ += size; }
+
     /// Gives up the lines that were handed out so far, for a reader that keeps them.
     void ReleaseLines() noexcept { retired_.clear(); }
 

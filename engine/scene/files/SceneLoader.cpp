@@ -75,6 +75,11 @@ public:
         arena_.Reset();
     }
 
+    Reflection::ReadText TakeRecordText(std::string_view headerRest, std::string_view text) override
+    {
+        return recordFault_.empty() ? components_.LoadText(headerRest, text) : Reflection::ReadText();
+    }
+
     void TakeEntity(StagedEntity& entity) override
     {
         HoldRecordFault(entity.line, [&] { components_.Finish(true); });

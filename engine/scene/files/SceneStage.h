@@ -3,6 +3,7 @@
 #include "engine/core/Guid.h"
 #include "engine/core/files/InputFile.h"
 #include "engine/core/text/LineReader.h"
+#include "engine/reflection/ObjectText.h"
 #include "engine/reflection/SchemaRecord.h"
 
 #include <cstdint>
@@ -59,6 +60,9 @@ public:
     virtual void TakeEnvironment(Reflection::SchemaRecord& record) = 0;
     /// A record of the entity whose frame comes next.
     virtual void TakeRecord(StagedRecord& record) = 0;
+    /// Offers the text of a record: its first line behind the keyword, and what the reader has at hand of
+    /// what follows. Gives how much of that it has taken, or nothing to be given the record itself.
+    virtual Reflection::ReadText TakeRecordText(std::string_view, std::string_view) { return {}; }
     /// A frame without its records, at its end. What isn't moved out of it is reused for the next.
     virtual void TakeEntity(StagedEntity& entity) = 0;
 };

@@ -150,6 +150,16 @@ private:
         const auto headerLine = static_cast<std::uint32_t>(lineNumber_);
         const std::uint64_t start = lineStart_;
         const auto wordEnd = static_cast<std::size_t>(word.data() + word.size() - line.data());
+        if (inEntity_)
+        {
+            const Reflection::ReadText read = sink_.TakeRecordText(line.substr(wordEnd), source_.Buffered());
+            if (read.bytes > 0)
+            {
+                source_.SkipBuffered(read.bytes);
+                lineNumber_ += read.lines;
+                return;
+            }
+        }
         Reflection::SchemaRecord record =
             Reflection::ReadSchemaRecord(line.substr(wordEnd), source_, lineNumber_, sink_.Arena(), true);
         if (record.name == "EnvironmentSettings")

@@ -82,6 +82,7 @@ void InstallComponentLoader(ComponentTypeEntry& entry, Load load, Finish finish 
     entry.loadRecord = [load](ComponentLoadState& state, const Reflection::SchemaRecord& record,
                               std::uint64_t encodedBytes, const ComponentLoadContext& context)
     { load(static_cast<Value&>(state), record, encodedBytes, context); };
+    entry.stateView = nullptr;
     entry.finishLoad = [&entry, finish](ComponentLoadState& state, const ComponentLoadContext& context)
     {
         auto& value = static_cast<Value&>(state);
@@ -183,6 +184,8 @@ ComponentTypeEntry& MakeComponentEntry(const std::string& typeName, const std::s
     InstallComponentLoader<Component>(entry, [](Value& state, const Reflection::SchemaRecord& record,
                                                 std::uint64_t, const ComponentLoadContext& context)
                                       { state.value = ApplyFresh<Component>(record, context); });
+    entry.stateView = [](ComponentLoadState& state)
+    { return Reflection::ViewOf(static_cast<Value&>(state).value); };
     return entry;
 }
 

@@ -161,6 +161,8 @@ struct ComponentTypeEntry
     std::function<void(ComponentLoadState& state, const Reflection::SchemaRecord& record,
                        std::uint64_t encodedBytes, const ComponentLoadContext& context)>
         loadRecord;
+    /// The component under construction; null unless `loadRecord` applies the main record to it as it stands.
+    Reflection::ObjectView (*stateView)(ComponentLoadState& state) = nullptr;
     std::function<void(ComponentLoadState& state, const ComponentLoadContext& context)> finishLoad;
     std::function<void(ComponentLoadState& state, Registry& registry, Entity entity)> commitLoad;
 

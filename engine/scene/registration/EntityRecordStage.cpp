@@ -118,6 +118,28 @@ void EntityRecordStage::Load(Reflection::SchemaRecord& record, std::uint64_t enc
     component.entry->loadRecord(*component.state, record, encodedBytes, *context_);
 }
 
+Reflection::ReadText EntityRecordStage::LoadText(std::string_view headerRest, std::string_view text)
+{
+    const std::optional<Reflection::RecordHead> head = Reflection::ReadRecordHead(headerRest);
+    const ComponentRecordTable::Row* const row = head ? table_->Find(head->name) : nullptr;
+    if (row == nullptr || row->index != 0 || row->alias != nullptr || row->type == nullptr ||
+        row->entry->stateView == nullptr || FindActive(*row->entry) != nullptr)
+    {
+        return {};
+    }
+    std::unique_ptr<ComponentLoadState> state = row->entry->makeLoadState();
+    const Reflection::ReadText read =
+        Reflection::ReadObjectFields(text, *head, *row->type, row->entry->stateView(*state),
+                                     Reflection::ReflectionRegistry::Instance(), *context_->codec);
+    if (read.bytes > 0)
+    {
+        ActiveComponent& component = active_.emplace_back();
+        component.entry = row->entry;
+        component.state = std::move(state);
+    }
+    return read;
+}
+
 /// Drops a record of a removed component and keeps one of a plugin that isn't loaded.
 void EntityRecordStage::TakeUnknown(const Reflection::SchemaRecord& record)
 {

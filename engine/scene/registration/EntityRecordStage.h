@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/core/FunctionRef.h"
+#include "engine/reflection/ObjectText.h"
 #include "engine/scene/entities/PreservedRecordSet.h"
 #include "engine/scene/registration/ComponentRegistry.h"
 
@@ -8,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string_view>
 #include <vector>
 
 namespace Vornu::Scene
@@ -35,6 +37,11 @@ public:
 
     /// Takes one record, which may be rewritten. `encodedBytes` is its size in the file.
     void Load(Reflection::SchemaRecord& record, std::uint64_t encodedBytes);
+
+    /// Takes a record that stands in text as scenes are saved, without making a record of it: `headerRest` is
+    /// its first line behind the keyword, `text` what follows. Gives nothing, and changes nothing, where it
+    /// can't; the record is to be read and loaded then, which tells every fault.
+    Reflection::ReadText LoadText(std::string_view headerRest, std::string_view text);
 
     /// Runs the final steps of every component; with `requireFrame` every component that each entity has must
     /// have come.
