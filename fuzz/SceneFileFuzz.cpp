@@ -5,6 +5,18 @@
 #include "fuzz/FuzzFiles.h"
 #include "fuzz/FuzzScenes.h"
 
+namespace
+{
+
+/// An error without the place of the fault, which a cooked scene names in another way.
+std::string_view Fault(std::string_view error)
+{
+    const std::size_t colon = error.find(": ");
+    return colon == error.npos ? error : error.substr(colon);
+}
+
+} // namespace
+
 /// A text scene that loads saves stably, and its cooked form loads as the same scene.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
@@ -24,6 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Fuzz::WriteBytes(source, text);
     Scene::Scene scene;
     std::string error;
+    std::string cookedError;
     const bool loaded = Scene::LoadScene(source, scene, Fuzz::SharedAssets(), &error);
     Fuzz::Require(loaded == error.empty(), "a load and its error disagree: " + error);
     Fuzz::Require(parsed || error == parseError, "a load fails unlike the parser: " + error);
@@ -35,8 +48,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::vector<std::byte> bytes = Scene::EncodeCookedScene(stage);
     Fuzz::WriteBytes(cooked, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
     Scene::Scene fromCooked;
-    Fuzz::Require(Scene::LoadScene(cooked, fromCooked, Fuzz::SharedAssets(), &error) == loaded,
-                  "text and cooked form load differently: " + error);
+    Scene::LoadScene(cooked, fromCooked, Fuzz::SharedAssets(), &cookedError);
+    Fuzz::Require(Fault(error) == Fault(cookedError),
+                  "text and cooked form load differently: " + error + " / " + cookedError);
     if (loaded)
     {
         Fuzz::Require(Fuzz::SaveStably(scene) == Fuzz::Save(fromCooked),
