@@ -10,6 +10,7 @@
 #include "engine/scene/files/SceneStage.h"
 #include "engine/scene/legacy/LegacyReader.h"
 #include "tools/upgrade/Classify.h"
+#include "tools/upgrade/UnreadContentCheck.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -90,9 +91,14 @@ private:
         Scene::Scene scene;
         std::string error;
         const Platform::ReadFaultWatch faults(assets_.RootPath());
+        const UnreadContentCheck unread(assets_);
         if (!Scene::Legacy::Load(input_, scene, assets_, &error))
         {
             return Fail("legacy read failed: " + error);
+        }
+        if (std::string fault = unread.Fault(); !fault.empty())
+        {
+            return Fail(std::move(fault));
         }
         // The reader goes on without an asset that it can't look at, and the reference to it would be lost.
         if (const std::string fault = faults.First(); !fault.empty())

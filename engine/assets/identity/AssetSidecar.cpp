@@ -4,6 +4,7 @@
 #include "engine/core/files/InputFile.h"
 #include "engine/core/files/Paths.h"
 #include "engine/core/files/TemporaryFile.h"
+#include "engine/core/system/System.h"
 #include "engine/core/text/LineReader.h"
 #include "engine/core/text/TokenReader.h"
 
@@ -190,13 +191,19 @@ bool ReadsBackAlike(const AssetSidecar& sidecar, const std::string& text)
     return read == sidecar;
 }
 
-/// Tells in `exists` whether there is a file that can be read.
-bool HoldsBytes(const fs::path& path, std::string_view bytes, bool& exists)
+bool HoldsBytes(const fs::path& path, std::string_view bytes)
 {
     Core::InputFile file(path);
     Core::FileBytes present;
-    exists = file.IsOpen();
-    return exists && file.ReadAll(present) && present.View() == bytes;
+    return file.IsOpen() && file.RegularSize() == bytes.size() && file.ReadAll(present) &&
+           present.View() == bytes;
+}
+
+/// Of what has the name itself, links not followed.
+fs::file_type TypeAt(const fs::path& path)
+{
+    std::error_code error;
+    return fs::symlink_status(path, error).type();
 }
 
 bool MoveSidecar(const fs::path& from, const fs::path& to, std::string* error)
@@ -246,21 +253,48 @@ std::vector<fs::path> ExistingSidecars(const fs::path& asset)
     return found;
 }
 
-std::optional<AssetSidecar> ReadSidecar(const fs::path& path, std::string* error, int* systemError)
+SidecarReading ReadSidecarFile(const fs::path& path)
 {
+    SidecarReading reading;
     Core::InputFile file(path);
+    if (!file.IsOpen())
+    {
+        reading.error = "Cannot open sidecar.";
+        reading.fault =
+            TypeAt(path) == fs::file_type::not_found ? "" : Platform::SystemErrorText(file.Error());
+        return reading;
+    }
+    if (!file.RegularSize())
+    {
+        reading.error = "The sidecar is not a regular file.";
+        reading.fault = "not a regular file";
+        return reading;
+    }
     Core::FileBytes bytes;
-    const bool isRead = file.IsOpen() && file.ReadAll(bytes);
-    if (systemError != nullptr)
+    if (file.ReadAll(bytes, kMaxSidecarSize))
     {
-        *systemError = file.Error();
+        reading.sidecar = ParseSidecar(bytes.View(), &reading.error);
     }
-    if (!isRead)
+    else if (file.Failed())
     {
-        Fail(error, file.IsOpen() ? "Failed while reading sidecar." : "Cannot open sidecar.");
-        return std::nullopt;
+        reading.error = "Failed while reading sidecar.";
+        reading.fault = Platform::SystemErrorText(file.Error());
     }
-    return ParseSidecar(bytes.View(), error);
+    else
+    {
+        reading.error = "The sidecar is larger than " + std::to_string(kMaxSidecarSize) + " bytes.";
+    }
+    return reading;
+}
+
+std::optional<AssetSidecar> ReadSidecar(const fs::path& path, std::string* error)
+{
+    SidecarReading reading = ReadSidecarFile(path);
+    if (!reading.sidecar)
+    {
+        Fail(error, std::move(reading.error));
+    }
+    return std::move(reading.sidecar);
 }
 
 std::optional<AssetSidecar> ParseSidecar(std::string_view text, std::string* error)
@@ -314,13 +348,17 @@ bool WriteSidecar(const fs::path& path, const AssetSidecar& sidecar, std::string
     {
         return Fail(error, "Cannot write sidecar.");
     }
-    bool exists = false;
-    if (HoldsBytes(path, text, exists))
+    if (HoldsBytes(path, text))
     {
         return true;
     }
-    const fs::path target = Platform::FollowLinks(path).value_or(path);
-    fs::path temporary = WithAppended(target, ".");
+    const fs::file_type type = TypeAt(path);
+    if (type != fs::file_type::regular && type != fs::file_type::not_found)
+    {
+        return Fail(error, type == fs::file_type::none ? "Cannot write sidecar."
+                                                       : "The sidecar is not a regular file.");
+    }
+    fs::path temporary = WithAppended(path, ".");
     temporary += Core::Guid::Generate().ToString();
     Platform::TemporaryFile file(WithAppended(std::move(temporary), ".tmp"));
     if (!file.IsOpen())
@@ -333,7 +371,8 @@ bool WriteSidecar(const fs::path& path, const AssetSidecar& sidecar, std::string
     }
     // A new sidecar's identity can be derived again, so only one that takes another's place has to be on the
     // disk first.
-    Platform::FileResult replaced = Platform::ReplaceFileAtomically(file.Path(), target, exists);
+    Platform::FileResult replaced =
+        Platform::ReplaceFileAtomically(file.Path(), path, type == fs::file_type::regular);
     return replaced.Succeeded() || Fail(error, std::move(replaced.message));
 }
 

@@ -76,6 +76,7 @@ void AssetManager::Initialize(const std::filesystem::path& path, AssetMountMode 
     sceneRecords_.clear();
     builtinMeshes_.clear();
     failedAssets_.clear();
+    systemErrors_.clear();
     fallbackTexts_.clear();
     fallbackCount_ = 0;
     reloads_.clear();
@@ -123,6 +124,7 @@ void AssetManager::Refresh(bool rebuildImportedScenes)
         }
     }
     registry_.Refresh();
+    systemErrors_.clear();
     if (mode_ == AssetMountMode::Authoring)
     {
         failedAssets_.clear(); // the files may be mended; those of a package don't change

@@ -17,6 +17,7 @@
 #include <string_view>
 #include <thread>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace Vornu::Assets
@@ -169,6 +170,8 @@ private:
     std::unordered_map<AssetId, LoadedScene> sceneRecords_;
     std::unordered_map<AssetId, const BuiltinMesh*> builtinMeshes_; // made when they are first asked for
     std::unordered_map<AssetId, std::string> failedAssets_;         // with the last error
+    /// The file and the system's error behind failures that say nothing of the asset.
+    std::unordered_map<AssetId, std::pair<std::filesystem::path, int>> systemErrors_;
     std::set<std::string, std::less<>> fallbackTexts_;
     std::uint64_t fallbackCount_ = 0;
     std::uint64_t tableGeneration_ = 0;

@@ -4,10 +4,14 @@
 #include "engine/assets/formats/mesh/NativeMesh.h"
 #include "engine/assets/formats/texture/ImageDecoder.h"
 #include "engine/assets/manager/AssetManager.h"
+#include "engine/core/files/ReadFaults.h"
 #include "engine/core/logging/Logger.h"
 
 #include <algorithm>
+#include <atomic>
+#include <cerrno>
 #include <memory>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -17,10 +21,13 @@ namespace Vornu::Assets
 namespace
 {
 
-AssetBytes ReadAssetFile(const std::filesystem::path& path)
+/// Of a native mesh; more is no mesh that anything could draw.
+constexpr std::uint64_t kMaxMeshSize = std::uint64_t{2} * 1024 * 1024 * 1024;
+
+AssetBytes ReadMeshFile(const std::filesystem::path& path)
 {
     std::string error;
-    std::optional<AssetBytes> bytes = ReadWholeFile(path, &error);
+    std::optional<AssetBytes> bytes = ReadWholeFile(path, &error, kMaxMeshSize);
     if (!bytes)
     {
         throw std::runtime_error(error);
@@ -37,6 +44,30 @@ AssetLoadPayload MeshPayload(MeshAsset mesh)
 {
     const std::uint64_t size = SizeOf(mesh);
     return {std::make_shared<MeshAsset>(std::move(mesh)), size};
+}
+
+using SystemError = std::shared_ptr<std::atomic<int>>;
+
+/// Runs a stage of a load of `path`. One that fails because the system didn't give what it needed, memory
+/// included, leaves the error in `error`.
+template<class Stage>
+auto RunStage(const std::filesystem::path& path, const SystemError& error, Stage stage)
+{
+    const Platform::ReadFaultWatch faults("/");
+    try
+    {
+        return stage();
+    }
+    catch (const std::bad_alloc&)
+    {
+        *error = ENOMEM;
+        throw std::runtime_error("Out of memory for " + path.native());
+    }
+    catch (...)
+    {
+        *error = faults.FirstError();
+        throw;
+    }
 }
 
 AssetLoadPayload DecodeMesh(const std::filesystem::path& path, const AssetBytes& bytes)
@@ -101,11 +132,15 @@ bool AssetManager::EnsureLoaded(AssetId id, AssetKind kind)
     }
     const AssetLoadHandle handle = loader_.Submit(id, kind, kBlockingLoadPriority);
     loader_.Pin(id);
-    if (!IsTerminal(AssetLoader::State(handle)))
+    const bool isReady = IsTerminal(AssetLoader::State(handle))
+                             ? AssetLoader::State(handle) == AssetLoadState::Ready
+                             : loader_.Wait(handle);
+    if (const auto fault = systemErrors_.find(id); !isReady && fault != systemErrors_.end())
     {
-        return loader_.Wait(handle);
+        // It isn't tried again, but everybody who goes on without it has to know why.
+        Platform::NoteReadFault(fault->second.first, fault->second.second);
     }
-    return AssetLoader::State(handle) == AssetLoadState::Ready;
+    return isReady;
 }
 
 bool AssetManager::EnsureMeshLoaded(AssetId id)
@@ -202,6 +237,7 @@ AssetLoadRecipe AssetManager::PrepareMeshLoad(AssetId id)
             throw std::runtime_error("Unknown mesh asset " + std::to_string(id));
         }
         failedAssets_.erase(id);
+        systemErrors_.erase(id);
         return meshes_[id] = std::move(*static_cast<MeshAsset*>(payload.value.get()));
     };
     if (const auto builtin = builtinMeshes_.find(id); builtin != builtinMeshes_.end())
@@ -233,18 +269,30 @@ AssetLoadRecipe AssetManager::PrepareMeshLoad(AssetId id)
     };
     recipe.error = PackagedSourceFault(*record, nullptr);
     const std::filesystem::path& path = record->dataPath;
+    const auto systemError = std::make_shared<std::atomic<int>>(0);
+    const auto failed = [this, id, path, systemError](const std::string& message, const std::string& cause)
+    {
+        if (*systemError != 0)
+        {
+            systemErrors_[id] = {path, *systemError};
+        }
+        NoteFailure(id, message, cause);
+    };
     if (LowerExtension(path) == ".vmesh")
     {
-        recipe.read = [path] { return ReadAssetFile(path); };
-        recipe.decode = [path](const AssetBytes& bytes) { return DecodeMesh(path, bytes); };
+        recipe.read = [path, systemError]
+        { return RunStage(path, systemError, [&] { return ReadMeshFile(path); }); };
+        recipe.decode = [path, systemError](const AssetBytes& bytes)
+        { return RunStage(path, systemError, [&] { return DecodeMesh(path, bytes); }); };
         recipe.publish = logged("Loaded native mesh asset: " + path.native());
-        recipe.fail = [this, id, message = "Failed to load native mesh asset: " + path.native()](
-                          const std::string& cause) { NoteFailure(id, message, cause); };
+        recipe.fail = [failed, message = "Failed to load native mesh asset: " +
+                                         path.native()](const std::string& cause) { failed(message, cause); };
         return recipe;
     }
-    recipe.decode = [path](const AssetBytes&) { return ImportMesh(path); };
+    recipe.decode = [path, systemError](const AssetBytes&)
+    { return RunStage(path, systemError, [&] { return ImportMesh(path); }); };
     recipe.publish = logged("Imported mesh asset: " + record->name);
-    recipe.fail = [this, id](const std::string& cause) { NoteFailure(id, cause, cause); };
+    recipe.fail = [failed](const std::string& cause) { failed(cause, cause); };
     return recipe;
 }
 

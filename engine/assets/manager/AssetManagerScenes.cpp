@@ -4,6 +4,7 @@
 #include "engine/assets/manager/AssetManager.h"
 #include "engine/core/Profile.h"
 #include "engine/core/files/InputFile.h"
+#include "engine/core/files/ReadFaults.h"
 #include "engine/core/logging/Logger.h"
 
 #include <algorithm>
@@ -110,6 +111,7 @@ std::shared_ptr<const ImportedSceneData> AssetManager::LoadSceneAsset(AssetId id
 bool AssetManager::ImportScene(const AssetRecord& record)
 {
     std::string cause;
+    const Platform::ReadFaultWatch faults("/");
     try
     {
         cause = PackagedSourceFault(record, nullptr);
@@ -128,6 +130,10 @@ bool AssetManager::ImportScene(const AssetRecord& record)
     catch (...)
     {
         cause = ImportFailureText();
+    }
+    if (const std::string fault = faults.First(); !fault.empty())
+    {
+        registry_.NoteUnread(record.path, "its parts are unknown, as the system failed to read " + fault);
     }
     const std::string message = "Failed to load scene asset: " + cause;
     if (mode_ == AssetMountMode::ReadOnly)

@@ -41,30 +41,47 @@ Platform::FileResult SetAside(const fs::path& sidecar)
     return moved;
 }
 
-void WarnUnwritten(const ScanEntry& entry, const std::string& error)
+void WarnUnwritten(ScanEntry& entry, const std::string& error)
 {
     Warn("Failed to create asset sidecar " + entry.sidecarPath + ": " + error);
+    entry.fault = error;
 }
 
-/// Reads the sidecar that stands beside the file. False if the entry has to get another.
-bool LoadSidecar(ScanEntry& entry, const MountedRoot& root, bool mayWrite, bool& nameIsFree)
+bool IsLink(const std::string& path)
 {
-    std::string error;
-    int systemError = 0;
-    entry.sidecar = ReadSidecar(entry.sidecarPath, &error, &systemError);
-    if (entry.sidecar)
+    std::error_code error;
+    return fs::is_symlink(fs::symlink_status(path, error));
+}
+
+/// Reads the sidecar that stands beside the file. False if the entry has to get another, which `mayWrite`
+/// then tells whether to write.
+bool LoadSidecar(ScanEntry& entry, const MountedRoot& root, bool& mayWrite)
+{
+    SidecarReading reading = ReadSidecarFile(entry.sidecarPath);
+    if (reading.sidecar)
     {
+        entry.sidecar = std::move(reading.sidecar);
         return true;
     }
-    Warn("Ignoring unreadable asset sidecar " + entry.sidecarPath + ": " + error +
+    Warn("Ignoring unreadable asset sidecar " + entry.sidecarPath + ": " + reading.error +
          (root.IsWritable() ? " A new identity is assigned." : ""));
-    // One that can't be read now may be read again: it stays, and the new identity is for this time only.
-    nameIsFree = Platform::TellsOfAbsence(systemError);
-    if (mayWrite && nameIsFree)
+    if (!reading.fault.empty())
+    {
+        // What can't be read now may be read again: it stays, and the new identity is for this time only.
+        entry.fault = std::move(reading.fault);
+        entry.isProvisional = true;
+        mayWrite = false;
+    }
+    else if (mayWrite && IsLink(entry.sidecarPath))
+    {
+        entry.fault = std::move(reading.error);
+        mayWrite = false;
+    }
+    else if (mayWrite && Platform::PathExists(entry.sidecarPath))
     {
         const Platform::FileResult freed = SetAside(entry.sidecarPath);
-        nameIsFree = freed.Succeeded();
-        if (!nameIsFree)
+        mayWrite = freed.Succeeded();
+        if (!mayWrite)
         {
             WarnUnwritten(entry, freed.message);
         }
@@ -114,7 +131,7 @@ void OrphanSidecars::ReadAll()
     }
     for (fs::path& path : std::exchange(unread_, {}))
     {
-        std::optional<AssetSidecar> sidecar = ReadSidecar(path);
+        std::optional<AssetSidecar> sidecar = IsLink(path) ? std::nullopt : ReadSidecar(path);
         const std::uint64_t* const stamp = sidecar ? lastStamps_.Find(sidecar->guid) : nullptr;
         if (stamp != nullptr)
         {
@@ -135,9 +152,9 @@ Core::Guid PathDerivedGuid(const MountedRoot& root, std::string_view pathKey)
 
 void LoadOrCreateSidecar(ScanEntry& entry, const MountedRoot& root, OrphanSidecars* orphans)
 {
-    const bool mayWrite = root.IsWritable() && root.Contains(entry.key);
-    bool nameIsFree = true;
-    if (entry.hasSidecarFile && LoadSidecar(entry, root, mayWrite, nameIsFree))
+    const bool hasPlace = root.IsWritable() && root.Contains(entry.key);
+    bool mayWrite = hasPlace;
+    if (entry.hasSidecarFile && LoadSidecar(entry, root, mayWrite))
     {
         return;
     }
@@ -147,13 +164,9 @@ void LoadOrCreateSidecar(ScanEntry& entry, const MountedRoot& root, OrphanSideca
         return;
     }
     entry.sidecar = MakeDefaultSidecar(entry.kind, entry.path, PathDerivedGuid(root, entry.key));
-    if (!mayWrite)
-    {
-        entry.sidecar->version = 0;
-        return;
-    }
+    entry.sidecar->version = hasPlace ? AssetSidecar::kVersion : 0;
     std::string error;
-    if (nameIsFree)
+    if (mayWrite)
     {
         entry.hasSidecarFile = WriteSidecar(entry.sidecarPath, *entry.sidecar, &error);
         if (!entry.hasSidecarFile)
@@ -168,7 +181,8 @@ void AssignNewIdentity(ScanEntry& entry, const MountedRoot& root)
     AssetSidecar& sidecar = *entry.sidecar;
     Warn("Duplicate asset GUID " + sidecar.guid.ToString() + " in " + entry.path +
          " (copied sidecar); assigning a new identity.");
-    const bool writes = root.IsWritable() && entry.hasSidecarFile;
+    const bool writes =
+        root.IsWritable() && entry.hasSidecarFile && root.Contains(entry.key) && !IsLink(entry.sidecarPath);
     const auto renew = [&](Core::Guid& guid)
     {
         guid = writes ? Core::Guid::Generate()
@@ -182,6 +196,8 @@ void AssignNewIdentity(ScanEntry& entry, const MountedRoot& root)
     std::string error;
     if (writes && !WriteSidecar(entry.sidecarPath, sidecar, &error))
     {
+        entry.fault = error;
+        entry.isProvisional = true;
         Warn("Failed to rewrite duplicate asset sidecar " + entry.sidecarPath + ": " + error);
     }
 }

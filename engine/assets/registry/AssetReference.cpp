@@ -184,9 +184,7 @@ std::size_t EndOfReference(std::string_view text, std::size_t start, bool isGuid
                                         : text.find_first_of(kTerminators, start));
 }
 
-} // namespace
-
-AssetId ResolveAssetReference(const AssetRegistry& registry, std::string_view text, AssetKind requiredKind)
+AssetId FindReferenced(const AssetRegistry& registry, std::string_view text, AssetKind requiredKind)
 {
     if (text.starts_with(kGuidPrefix))
     {
@@ -203,6 +201,22 @@ AssetId ResolveAssetReference(const AssetRegistry& registry, std::string_view te
     }
     const fs::path path = ResolveReferencePath(registry, text);
     return path.empty() ? 0 : registry.FindByPath(path);
+}
+
+} // namespace
+
+AssetId ResolveAssetReference(const AssetRegistry& registry, std::string_view text, AssetKind requiredKind)
+{
+    if (text.empty())
+    {
+        return 0;
+    }
+    const AssetId id = FindReferenced(registry, text, requiredKind);
+    if (id == 0 || registry.IsProvisional(id))
+    {
+        registry.NoteUnresolvedReference();
+    }
+    return id;
 }
 
 std::string FormatAssetReference(const AssetRegistry& registry, AssetId id)
@@ -284,11 +298,16 @@ bool IsPathReference(std::string_view text) noexcept
 
 AssetId ResolveLegacyAssetId(const AssetRegistry& registry, std::uint64_t number)
 {
-    if (number == 0 || registry.FindRecord(number))
+    if (number == 0)
     {
-        return number;
+        return 0;
     }
-    return registry.FindByPathHash(number, LegacyRoots());
+    const AssetId id = registry.FindRecord(number) ? number : registry.FindByPathHash(number, LegacyRoots());
+    if (id == 0 || registry.IsProvisional(id))
+    {
+        registry.NoteUnresolvedReference();
+    }
+    return id;
 }
 
 Reflection::SchemaCodecContext MakeSceneCodecContext(const AssetRegistry& registry)

@@ -9,6 +9,7 @@
 #include "engine/core/system/System.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <mutex>
 #include <shared_mutex>
@@ -88,6 +89,7 @@ struct AssetRegistry::State
     PathHashTable pathHashes; // used under the shared lock; its own lock lies inside
     std::mutex notedMutex;
     std::unordered_set<std::string, Core::TextHash, std::equal_to<>> notedReferences;
+    std::atomic<std::uint64_t> unresolvedReferences = 0;
 };
 
 AssetRegistry::AssetRegistry() : state_(std::make_shared<State>()) {}
@@ -282,6 +284,34 @@ std::uint64_t AssetRegistry::Revision() const
 {
     const std::shared_lock lock(state_->mutex);
     return state_->tables.Revision();
+}
+
+std::string AssetRegistry::UnreadPart() const
+{
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.Unread().First();
+}
+
+void AssetRegistry::NoteUnread(const fs::path& path, const std::string& cause)
+{
+    const std::unique_lock lock(state_->mutex);
+    state_->tables.NoteUnread(path.native(), cause);
+}
+
+bool AssetRegistry::IsProvisional(AssetId id) const
+{
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.IsProvisional(id);
+}
+
+std::uint64_t AssetRegistry::UnresolvedReferences() const noexcept
+{
+    return state_->unresolvedReferences;
+}
+
+void AssetRegistry::NoteUnresolvedReference() const noexcept
+{
+    ++state_->unresolvedReferences;
 }
 
 void AssetRegistry::SetStrippedKinds(std::vector<AssetKind> kinds)

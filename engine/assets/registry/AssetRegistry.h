@@ -96,6 +96,19 @@ public:
     /// Rises with every change.
     std::uint64_t Revision() const;
 
+    /// What of the content folder the last scan, or a registration since, couldn't read, and an identity that
+    /// it couldn't write: "<path>: <cause>" of the first in the order of paths, empty if there is none. An
+    /// asset that isn't found may stand there.
+    std::string UnreadPart() const;
+    void NoteUnread(const std::filesystem::path& path, const std::string& cause);
+    /// The asset's sidecar couldn't be read, so that its GUID is good for this run alone. No file should hold
+    /// a reference to it.
+    bool IsProvisional(AssetId id) const;
+    /// How many references have come out empty or provisional so far; who compares two counts knows whether
+    /// one did in between.
+    std::uint64_t UnresolvedReferences() const noexcept;
+    void NoteUnresolvedReference() const noexcept;
+
     /// Kinds that this package doesn't carry: a reference to one that doesn't resolve is no error.
     void SetStrippedKinds(std::vector<AssetKind> kinds);
     bool IsStripped(AssetKind kind) const;

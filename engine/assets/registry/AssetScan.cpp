@@ -5,10 +5,13 @@
 #include "engine/core/files/Files.h"
 #include "engine/core/files/FolderWalk.h"
 #include "engine/core/files/Paths.h"
+#include "engine/core/files/ReadFaults.h"
 #include "engine/core/logging/Logger.h"
+#include "engine/core/system/System.h"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -55,9 +58,9 @@ class ContentScan
 public:
     void Run(const fs::path& root)
     {
-        const Platform::FileResult walk =
-            Platform::WalkFolder(root, [this](const Platform::FolderEntry& found) { Visit(found); });
-        scan_.error = walk.message;
+        Platform::WalkFolder(
+            root, [this](const Platform::FolderEntry& found) { Visit(found); },
+            [this](const std::string& path, int error) { NoteUnread(path, error); });
         SortEntries();
         AttachSidecars();
     }
@@ -77,15 +80,18 @@ private:
         const fs::path name = found.Name();
         const bool isSidecar = IsSidecarFile(name);
         const AssetKind kind = isSidecar ? AssetKind::Unknown : KindFromExtension(name);
-        if ((!isSidecar && kind == AssetKind::Unknown) || !found.IsRegularFile())
-        {
-            return;
-        }
         if (isSidecar)
         {
+            // Whatever it is, it has the name; who reads it finds out.
             std::string key = Platform::NormalizedCaseKey(found.Path());
             key.resize(key.size() - kSidecarExtension.size());
             sidecars_.push_back({std::move(key), found.Path()});
+            return;
+        }
+        int error = 0;
+        if (kind == AssetKind::Unknown || !found.IsRegularFile(error))
+        {
+            NoteUnread(found.Path(), error);
         }
         else if (found.IsLink())
         {
@@ -98,13 +104,24 @@ private:
     }
 
     /// A link that the system can't follow now may lead to a file that has its identity elsewhere.
-    void AddLinked(AssetKind kind, const fs::path& link)
+    void AddLinked(AssetKind kind, const std::string& link)
     {
         std::error_code error;
         const fs::path path = Platform::CanonicalPath(link, error);
-        if (!error)
+        if (error)
         {
-            scan_.entries.push_back(MakeScanEntry(kind, path));
+            NoteUnread(link, error.value());
+            return;
+        }
+        scan_.entries.push_back(MakeScanEntry(kind, path));
+    }
+
+    void NoteUnread(const std::string& path, int error)
+    {
+        // A path that is too long for the system is there all the same.
+        if (error == ENAMETOOLONG || !Platform::TellsOfAbsence(error))
+        {
+            scan_.unread.Add(path, Platform::SystemErrorText(error));
         }
     }
 
@@ -177,6 +194,15 @@ private:
 
 } // namespace
 
+void UnreadParts::Add(const std::string& path, const std::string& cause)
+{
+    if (path_.empty() || path < path_)
+    {
+        path_ = path;
+        cause_ = cause;
+    }
+}
+
 std::string PathKey(const fs::path& path)
 {
     return Platform::NormalizedCaseKey(Platform::CanonicalPath(path));
@@ -195,7 +221,8 @@ ScanEntry MakeScanEntry(AssetKind kind, const fs::path& path)
     entry.kind = kind;
     entry.contentStamp = ContentStamp(entry.path);
     entry.sidecarPath = SidecarPath(entry.path);
-    entry.hasSidecarFile = Platform::PathExists(entry.sidecarPath);
+    std::error_code ignored; // what can't be told will show when it is read
+    entry.hasSidecarFile = fs::symlink_status(entry.sidecarPath, ignored).type() != fs::file_type::not_found;
     return entry;
 }
 

@@ -23,6 +23,25 @@ struct ScanEntry
     std::string sidecarPath;
     bool hasSidecarFile = false;
     std::optional<AssetSidecar> sidecar; // once the entry has its identity
+    /// Why the sidecar file doesn't hold that identity although it should; empty if it does.
+    std::string fault;
+    /// Another run may give the file another identity, so that no file may hold this one.
+    bool isProvisional = false;
+};
+
+/// What of a content folder isn't known or isn't as it should be.
+class UnreadParts
+{
+public:
+    void Add(const std::string& path, const std::string& cause);
+
+    /// "<path>: <cause>" of the first part in the order of paths; empty if there is none.
+    std::string First() const { return path_.empty() ? std::string() : path_ + ": " + cause_; }
+    bool Empty() const noexcept { return path_.empty(); }
+
+private:
+    std::string path_;
+    std::string cause_;
 };
 
 /// What one walk through a folder found.
@@ -31,8 +50,7 @@ struct FolderScan
     std::vector<ScanEntry> entries; // by key, ascending; no key twice
     /// Sidecars of files that weren't found, by the key of the file, ascending.
     std::vector<std::filesystem::path> orphans;
-    /// What ended the walk early; empty for a whole walk.
-    std::string error;
+    UnreadParts unread;
 };
 
 /// The text by which paths are compared: the canonical form with `/` separators.

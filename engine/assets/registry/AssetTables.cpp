@@ -91,17 +91,21 @@ void AssetTables::Refresh()
     std::for_each(gone.begin(), gone.end(), [&](AssetId id) { RemoveRecord(id); });
     sidecarByPathKey_.Clear();
     sourcePathBySubGuid_.Clear();
+    unread_ = {};
+    provisional_.clear();
     if (root_.path.empty() || !Platform::PathExists(root_.path))
     {
         return;
     }
     FolderScan scan = ScanContentFolder(root_.path);
-    if (!scan.error.empty())
+    const bool isWhole = scan.unread.Empty();
+    if (!isWhole)
     {
-        Warn("Asset scan of " + root_.path.native() + " ended early: " + scan.error);
+        Warn("Asset scan of " + root_.path.native() + " left out " + scan.unread.First());
         scan.orphans.clear(); // their files may stand in what wasn't seen
     }
-    const PathKeyByGuid former = scan.error.empty() ? PathKeyByGuid() : lastPathKeyByGuid_;
+    unread_ = scan.unread;
+    const PathKeyByGuid former = isWhole ? PathKeyByGuid() : lastPathKeyByGuid_;
     OrphanSidecars orphans(std::move(scan.orphans), lastStampByGuid_);
     for (ScanEntry& entry : scan.entries)
     {
@@ -159,6 +163,10 @@ void AssetTables::ReserveFiles(std::size_t count)
 AssetId AssetTables::AddFile(ScanEntry entry)
 {
     const AssetSidecar& sidecar = *entry.sidecar;
+    if (!entry.fault.empty())
+    {
+        unread_.Add(entry.sidecarPath, entry.fault);
+    }
     AssetRecord record;
     record.guid = sidecar.guid;
     record.id = AllocateAssetId(sidecar.guid);
@@ -168,6 +176,10 @@ AssetId AssetTables::AddFile(ScanEntry entry)
     record.name = entry.path.substr(entry.path.rfind('/') + 1);
     const AssetId id = record.id;
     ForgetFormerPlace(id, entry.key);
+    if (entry.isProvisional)
+    {
+        provisional_.insert(id);
+    }
 
     Enter(std::move(record), {entry.hasSidecarFile ? sidecar.version : 0, entry.contentStamp, {}});
     idByPathKey_.InsertOrAssign(entry.key, id);
@@ -247,6 +259,7 @@ void AssetTables::RemoveRecord(AssetId id)
         sourceKeyById_.Erase(id);
     }
     facts_.Erase(id);
+    provisional_.erase(id);
     records_.Erase(id);
 }
 
@@ -315,6 +328,10 @@ AssetId AssetTables::RegisterSubAsset(AssetKind kind, const fs::path& source, co
         facts.dependencies.push_back(sourceGuid);
     }
     Enter(std::move(record), std::move(facts));
+    if (IsProvisional(FindByPathKey(sourceKey)))
+    {
+        provisional_.insert(id);
+    }
     sourceKeyById_.InsertOrAssign(id, sourceKey);
     subAssetsBySource_[sourceKey].InsertOrAssign(id, dataKey);
     return id;
@@ -362,9 +379,9 @@ Core::Guid AssetTables::GuidOfSubAsset(SidecarEntry& source, const std::string& 
     }
     const Core::Guid guid = sub->guid;
     sourcePathBySubGuid_.InsertOrAssign(guid, source.path);
-    if (root_.IsWritable() && source.hasSidecarFile)
+    if (root_.IsWritable() && source.hasSidecarFile && root_.Contains(sourceKey) && !WriteOrWarn(source))
     {
-        WriteOrWarn(source);
+        unread_.Add(source.sidecarPath, "the identities of its parts could not be written");
     }
     return guid;
 }

@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace Vornu::Assets
@@ -46,6 +47,11 @@ public:
                              const std::string& displayName);
     void RemoveAssetsOfFile(std::string_view sourceKey);
     bool SetFileSetting(std::string_view pathKey, std::string_view key, std::string_view value);
+
+    void NoteUnread(const std::string& path, const std::string& cause) { unread_.Add(path, cause); }
+    /// What the last refresh, and whatever was entered since, couldn't read or write.
+    const UnreadParts& Unread() const noexcept { return unread_; }
+    bool IsProvisional(AssetId id) const { return provisional_.contains(id); }
 
     const MountedRoot& Root() const noexcept { return root_; }
     std::uint64_t Revision() const noexcept { return revision_; }
@@ -97,6 +103,8 @@ private:
                                          const std::string& key) const;
 
     MountedRoot root_;
+    UnreadParts unread_;
+    std::unordered_set<AssetId> provisional_;
     std::uint64_t revision_ = 0;
     ById<RecordPointer> records_;
     ById<FileFacts> facts_;

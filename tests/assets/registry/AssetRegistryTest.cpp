@@ -3,13 +3,13 @@
 #include "engine/assets/registry/AssetScan.h"
 #include "engine/core/Hash.h"
 #include "engine/core/files/FolderLock.h"
-#include "engine/core/files/ReadFaults.h"
 #include "tests/assets/LogLines.h"
 #include "tests/core/Failure.h"
 #include "tests/core/TestFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <string>
@@ -22,6 +22,7 @@ namespace Vornu::Assets
 namespace
 {
 
+using Test::DeepFolder;
 using Test::FailureOf;
 using Test::LogLines;
 using Test::TestFolder;
@@ -228,11 +229,70 @@ TEST_F(AssetRegistryMount, ASidecarThatTheSystemFailsToReadStays)
 {
     root_.Write("a.vmat", "");
     fs::create_symlink("/proc/self/mem", root_ / "a.vmat.vmeta"); // opens, and fails to be read
-    const Platform::ReadFaultWatch faults(root_.Path());
+    root_.Write("b.vmat", "");
     assets_.Mount(root_.Path(), kAuthoring);
-    EXPECT_EQ(root_.List(), "a.vmat a.vmat.vmeta");
+    EXPECT_EQ(root_.List(), "a.vmat a.vmat.vmeta b.vmat b.vmat.vmeta");
     EXPECT_TRUE(fs::is_symlink(root_ / "a.vmat.vmeta"));
-    EXPECT_EQ(faults.First(), (root_ / "a.vmat.vmeta").string() + ": Input/output error");
+    EXPECT_EQ(assets_.UnreadPart(), (root_ / "a.vmat.vmeta").string() + ": Input/output error");
+    EXPECT_TRUE(assets_.IsProvisional(assets_.FindByPath(root_ / "a.vmat")));
+    EXPECT_FALSE(assets_.IsProvisional(assets_.FindByPath(root_ / "b.vmat")));
+    fs::remove(root_ / "a.vmat.vmeta");
+    assets_.Refresh();
+    EXPECT_EQ(assets_.UnreadPart(), "");
+    EXPECT_FALSE(assets_.IsProvisional(assets_.FindByPath(root_ / "a.vmat")));
+}
+
+TEST_F(AssetRegistryMount, NothingIsWrittenThroughLinksOfAFolder)
+{
+    const TestFolder elsewhere;
+    const auto link = [&](const char* name, const std::string& text)
+    { fs::create_symlink(elsewhere.Write(name, text), root_ / name); };
+    root_.Write("0.vmat", "");
+    root_.Write("0.vmat.vmeta", SidecarText(7));
+    for (const char* const name : {"broken.vmat", "copied.vmat", "dangling.vmat", "good.vmat"})
+    {
+        root_.Write(name, "");
+    }
+    link("broken.vmat.vmeta", "guid first");
+    link("copied.vmat.vmeta", SidecarText(7));
+    link("good.vmat.vmeta", SidecarText(8));
+    link("asset.vmat", "");                              // an asset that stands elsewhere,
+    elsewhere.Write("asset.vmat.vmeta", SidecarText(7)); // with a copied sidecar of its own
+    fs::create_symlink(elsewhere / "none", root_ / "dangling.vmat.vmeta");
+    const std::string before = root_.List() + elsewhere.List() + elsewhere.Read("copied.vmat.vmeta") +
+                               elsewhere.Read("asset.vmat.vmeta");
+    assets_.Mount(root_.Path(), kAuthoring);
+    const std::string at = root_.Path().string() + "/";
+    const std::string duplicate = "[Warn] Duplicate asset GUID " + GuidNumber(7).ToString() + " in ";
+    const std::string end = " (copied sidecar); assigning a new identity.\n";
+    const std::string unreadable = "[Warn] Ignoring unreadable asset sidecar " + at;
+    std::string expected =
+        unreadable + "broken.vmat.vmeta: Invalid vmeta guid. A new identity is assigned.\n" + unreadable +
+        "dangling.vmat.vmeta: Cannot open sidecar. A new identity is assigned.\n";
+    std::string log = log_.Take();
+    EXPECT_EQ(log.substr(0, expected.size()), expected);
+    EXPECT_NE(log.find(duplicate + at + "copied.vmat" + end), std::string::npos) << log;
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 4) << log;
+    EXPECT_EQ(root_.List() + elsewhere.List() + elsewhere.Read("copied.vmat.vmeta") +
+                  elsewhere.Read("asset.vmat.vmeta"),
+              before);
+    EXPECT_EQ(GuidAt("good.vmat"), GuidNumber(8));
+    EXPECT_EQ(GuidAt("copied.vmat"),
+              Core::GuidFromName("vornu-duplicate:" + GuidNumber(7).ToString() + ":" + at + "copied.vmat"));
+    EXPECT_EQ(GuidAt("broken.vmat"), ContentGuid("broken.vmat"));
+    EXPECT_EQ(assets_.UnreadPart(), at + "broken.vmat.vmeta: Invalid vmeta guid.");
+}
+
+TEST_F(AssetRegistryMount, WhatIsFoundDoesNotDependOnWhatCantBeRead)
+{
+    const DeepFolder deep(root_.Path());
+    for (int i = 0; i < 40; ++i)
+    {
+        root_.Write(std::to_string(i) + "/a.vmat", "");
+    }
+    assets_.Mount(root_.Path(), kAuthoring);
+    EXPECT_EQ(assets_.ListRecords().size(), 40u);
+    EXPECT_NE(assets_.UnreadPart().find(": File name too long"), std::string::npos);
 }
 
 TEST_F(AssetRegistryMount, FilesAreEnteredOneByOne)
