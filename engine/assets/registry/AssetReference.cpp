@@ -4,6 +4,7 @@
 #include "engine/core/files/Files.h"
 #include "engine/core/files/Folders.h"
 #include "engine/core/files/Paths.h"
+#include "engine/core/files/ReadFaults.h"
 #include "engine/core/logging/Logger.h"
 
 #include <algorithm>
@@ -79,9 +80,12 @@ std::optional<DerivedReference> SplitDerived(std::string_view text)
 std::optional<fs::path> FindInOtherCase(const AssetRegistry& registry, std::string_view text,
                                         const fs::path& root, const fs::path& path)
 {
+    const auto findEntry = [&](const fs::path& folder, const std::string& name)
+    { return registry.FindEntryIgnoringCase(folder, name); };
     std::optional<fs::path> found =
-        text.starts_with(kContentPrefix) ? FindIgnoringCase(root, path) : std::nullopt;
-    if (found && registry.NoteReference(text))
+        text.starts_with(kContentPrefix) ? FindIgnoringCase(root, path, findEntry) : std::nullopt;
+    // What only winds its way there is spelled right all the same.
+    if (found && *found != path.lexically_normal() && registry.NoteReference(text))
     {
         Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning,
                   "Asset reference '" + std::string(text) + "' differs in case from " + found->native());
@@ -184,6 +188,26 @@ std::size_t EndOfReference(std::string_view text, std::size_t start, bool isGuid
                                         : text.find_first_of(kTerminators, start));
 }
 
+/// A path of names alone, none of which has a meaning of its own; nothing for any other.
+std::optional<std::string> PlainPath(std::string_view text)
+{
+    std::string path(text);
+    std::replace(path.begin(), path.end(), '\\', '/');
+    std::size_t start = 0;
+    for (bool isLast = false; !isLast;)
+    {
+        const std::size_t slash = path.find('/', start);
+        isLast = slash == std::string::npos;
+        const std::string_view name = std::string_view(path).substr(start, slash - start);
+        if (name.empty() || name == "." || name == ".." || name.find('\0') != std::string_view::npos)
+        {
+            return std::nullopt;
+        }
+        start = slash + 1;
+    }
+    return path;
+}
+
 AssetId FindReferenced(const AssetRegistry& registry, std::string_view text, AssetKind requiredKind)
 {
     if (text.starts_with(kGuidPrefix))
@@ -195,12 +219,37 @@ AssetId FindReferenced(const AssetRegistry& registry, std::string_view text, Ass
     {
         return registry.FindBuiltin(text.substr(kBuiltinPrefix.size()));
     }
+    if (!IsPathReference(text))
+    {
+        return 0;
+    }
+    if (text.starts_with(kContentPrefix))
+    {
+        const std::optional<std::string> relative = PlainPath(text.substr(kContentPrefix.size()));
+        if (const std::optional<AssetId> id = relative ? registry.FindPlainPath(*relative) : std::nullopt)
+        {
+            return *id;
+        }
+    }
+    if (const std::optional<AssetId> known = registry.FindAnswer(text, requiredKind))
+    {
+        return *known;
+    }
+    const Platform::ReadFaultWatch faults("/");
+    AssetId id = 0;
     if (text.starts_with(kDerivedPrefix))
     {
-        return ResolveDerived(registry, text, requiredKind);
+        id = ResolveDerived(registry, text, requiredKind);
     }
-    const fs::path path = ResolveReferencePath(registry, text);
-    return path.empty() ? 0 : registry.FindByPath(path);
+    else if (const fs::path path = ResolveReferencePath(registry, text); !path.empty())
+    {
+        id = registry.FindByPath(path);
+    }
+    if (faults.FirstError() == 0) // the next look may tell more
+    {
+        registry.KeepAnswer(text, requiredKind, id);
+    }
+    return id;
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include "engine/assets/registry/AssetTables.h"
 #include "engine/assets/registry/PathHashTable.h"
-#include "engine/core/Hash.h"
+#include "engine/assets/registry/ReferenceMemo.h"
 #include "engine/core/files/FolderLock.h"
 #include "engine/core/files/Paths.h"
 #include "engine/core/logging/Logger.h"
@@ -15,7 +15,6 @@
 #include <shared_mutex>
 #include <stdexcept>
 #include <tuple>
-#include <unordered_set>
 #include <utility>
 
 namespace Vornu::Assets
@@ -87,9 +86,32 @@ struct AssetRegistry::State
     AssetTables tables;
     std::vector<AssetKind> strippedKinds;
     PathHashTable pathHashes; // used under the shared lock; its own lock lies inside
-    std::mutex notedMutex;
-    std::unordered_set<std::string, Core::TextHash, std::equal_to<>> notedReferences;
+    std::mutex memoMutex;     // inside the other one
+    ReferenceMemo memo;
     std::atomic<std::uint64_t> unresolvedReferences = 0;
+    std::atomic<bool> hasProvisional = false;
+
+    /// The memo as it stands for the present tables, held by its lock.
+    std::pair<ReferenceMemo&, std::unique_lock<std::mutex>> Memo()
+    {
+        std::unique_lock lock(memoMutex);
+        memo.StartRevision(tables.Revision());
+        return {memo, std::move(lock)};
+    }
+
+    /// Changes the tables.
+    template<class Change>
+    auto Write(Change change)
+    {
+        const std::unique_lock lock(mutex);
+        struct Finish
+        {
+            ~Finish() { state.hasProvisional = state.tables.HasProvisional(); }
+            State& state;
+        };
+        const Finish finish{*this};
+        return change(tables);
+    }
 };
 
 AssetRegistry::AssetRegistry() : state_(std::make_shared<State>()) {}
@@ -101,8 +123,7 @@ void AssetRegistry::Mount(const fs::path& contentRoot, AssetMountMode mode)
     MountedRoot root = CheckedRoot(contentRoot, mode);
     // Waiting for other programs mustn't hold up the lookups of this one.
     const std::optional<Platform::FolderLock> folderLock = LockForWriting(root);
-    const std::unique_lock lock(state_->mutex);
-    state_->tables.Mount(std::move(root));
+    state_->Write([&](AssetTables& tables) { tables.Mount(std::move(root)); });
 }
 
 void AssetRegistry::Refresh()
@@ -111,20 +132,17 @@ void AssetRegistry::Refresh()
     const MountedRoot root = state_->tables.Root();
     reading.unlock();
     const std::optional<Platform::FolderLock> folderLock = LockForWriting(root);
-    const std::unique_lock lock(state_->mutex);
-    state_->tables.Refresh();
+    state_->Write([](AssetTables& tables) { tables.Refresh(); });
 }
 
 void AssetRegistry::Clear()
 {
-    const std::unique_lock lock(state_->mutex);
-    state_->tables.Clear();
+    state_->Write([](AssetTables& tables) { tables.Clear(); });
 }
 
 AssetId AssetRegistry::RegisterFile(AssetKind kind, const fs::path& path)
 {
-    const std::unique_lock lock(state_->mutex);
-    return state_->tables.RegisterFile(kind, path);
+    return state_->Write([&](AssetTables& tables) { return tables.RegisterFile(kind, path); });
 }
 
 AssetId AssetRegistry::RegisterBuiltin(const std::string& name, AssetKind kind)
@@ -136,8 +154,8 @@ AssetId AssetRegistry::RegisterBuiltin(const std::string& name, AssetKind kind)
 AssetId AssetRegistry::RegisterSubAsset(AssetKind kind, const fs::path& source, const fs::path& child,
                                         const std::string& key, const std::string& displayName)
 {
-    const std::unique_lock lock(state_->mutex);
-    return state_->tables.RegisterSubAsset(kind, source, child, key, displayName);
+    return state_->Write([&](AssetTables& tables)
+                         { return tables.RegisterSubAsset(kind, source, child, key, displayName); });
 }
 
 void AssetRegistry::RemoveAssetsOfFile(const fs::path& source)
@@ -300,6 +318,10 @@ void AssetRegistry::NoteUnread(const fs::path& path, const std::string& cause)
 
 bool AssetRegistry::IsProvisional(AssetId id) const
 {
+    if (!state_->hasProvisional)
+    {
+        return false; // as nearly always
+    }
     const std::shared_lock lock(state_->mutex);
     return state_->tables.IsProvisional(id);
 }
@@ -327,10 +349,70 @@ bool AssetRegistry::IsStripped(AssetKind kind) const
     return std::find(kinds.begin(), kinds.end(), kind) != kinds.end();
 }
 
+std::optional<AssetId> AssetRegistry::FindPlainPath(std::string_view relative) const
+{
+    const std::shared_lock lock(state_->mutex);
+    const MountedRoot& root = state_->tables.Root();
+    if (root.key.empty())
+    {
+        return std::nullopt;
+    }
+    std::string key = root.key;
+    key.append("/").append(relative);
+    if (const AssetId id = state_->tables.FindByPathKey(key))
+    {
+        return id; // keys are canonical, so this is where the file stands
+    }
+    // Another encoding makes another name of bytes that aren't ASCII.
+    if (std::any_of(relative.begin(), relative.end(), [](char c) { return (c & 0x80) != 0; }))
+    {
+        return std::nullopt;
+    }
+    const std::size_t slash = relative.rfind('/');
+    const bool isNested = slash != std::string_view::npos;
+    const std::string_view name = isNested ? relative.substr(slash + 1) : relative;
+    std::string folder = root.path.native();
+    if (isNested)
+    {
+        folder.append("/").append(relative.substr(0, slash));
+    }
+    const auto [memo, memoLock] = state_->Memo();
+    const ReferenceMemo::Folder* const listed = memo.List(folder);
+    if (listed == nullptr || listed->names.Contains(WithoutCase(name)))
+    {
+        return std::nullopt;
+    }
+    return state_->tables.FindByPathKey(listed->canonicalKey + "/" + std::string(name));
+}
+
+std::optional<std::string> AssetRegistry::FindEntryIgnoringCase(const fs::path& folder,
+                                                                const std::string& name) const
+{
+    const std::shared_lock lock(state_->mutex);
+    const auto [memo, memoLock] = state_->Memo();
+    const ReferenceMemo::Folder* const listed = memo.List(folder.native());
+    const auto* const found = listed == nullptr ? nullptr : listed->names.Find(WithoutCase(name));
+    return found == nullptr || found->hasOthers ? std::nullopt : std::optional(found->exact);
+}
+
+std::optional<AssetId> AssetRegistry::FindAnswer(std::string_view text, AssetKind requiredKind) const
+{
+    const std::shared_lock lock(state_->mutex);
+    const auto [memo, memoLock] = state_->Memo();
+    return memo.FindAnswer(text, requiredKind);
+}
+
+void AssetRegistry::KeepAnswer(std::string_view text, AssetKind requiredKind, AssetId id) const
+{
+    const std::shared_lock lock(state_->mutex);
+    const auto [memo, memoLock] = state_->Memo();
+    memo.KeepAnswer(text, requiredKind, id);
+}
+
 bool AssetRegistry::NoteReference(std::string_view text) const
 {
-    const std::lock_guard lock(state_->notedMutex);
-    return state_->notedReferences.emplace(text).second;
+    const std::lock_guard lock(state_->memoMutex);
+    return state_->memo.NoteWarning(text);
 }
 
 } // namespace Vornu::Assets

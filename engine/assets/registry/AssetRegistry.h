@@ -113,6 +113,18 @@ public:
     void SetStrippedKinds(std::vector<AssetKind> kinds);
     bool IsStripped(AssetKind kind) const;
 
+    // What the resolving of references has found out stands until the revision changes, as told at
+    // `ReferenceMemo`.
+
+    /// The asset of a path below the content folder that consists of plain names, as most references do; 0
+    /// for none. Nothing if it takes another look at the disk to tell.
+    std::optional<AssetId> FindPlainPath(std::string_view relative) const;
+    /// The only entry of a folder that has the name in some case; nothing if there is none, or more than one.
+    std::optional<std::string> FindEntryIgnoringCase(const std::filesystem::path& folder,
+                                                     const std::string& name) const;
+    /// The asset that a text was found to name; nothing for a text that isn't known.
+    std::optional<AssetId> FindAnswer(std::string_view text, AssetKind requiredKind) const;
+    void KeepAnswer(std::string_view text, AssetKind requiredKind, AssetId id) const;
     /// True the first time that a reference is noted, for messages that come once per reference.
     bool NoteReference(std::string_view text) const;
 

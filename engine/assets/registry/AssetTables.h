@@ -51,6 +51,7 @@ public:
     void NoteUnread(const std::string& path, const std::string& cause) { unread_.Add(path, cause); }
     /// What the last refresh, and whatever was entered since, couldn't read or write.
     const UnreadParts& Unread() const noexcept { return unread_; }
+    bool HasProvisional() const noexcept { return !provisional_.empty(); }
     bool IsProvisional(AssetId id) const { return provisional_.contains(id); }
 
     const MountedRoot& Root() const noexcept { return root_; }

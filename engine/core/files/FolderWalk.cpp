@@ -58,6 +58,22 @@ bool HasGone(int error)
     return error == ENOENT || error == ENOTDIR || error == ELOOP;
 }
 
+/// Gives the error that ended the list before its end.
+int ForEachEntry(DIR* stream, Core::FunctionRef<void(const dirent&)> visit)
+{
+    errno = 0;
+    while (const dirent* const found = ::readdir(stream))
+    {
+        const std::string_view name = found->d_name;
+        if (name != "." && name != "..")
+        {
+            visit(*found);
+        }
+        errno = 0;
+    }
+    return errno;
+}
+
 class Walk
 {
 public:
@@ -86,24 +102,17 @@ public:
     }
 
 private:
-    /// Gives the error that ended the list before its end.
     int List(DIR* stream, std::string& path)
     {
         const std::size_t length = path.size();
         const int descriptor = ::dirfd(stream);
-        errno = 0;
-        while (const dirent* const found = ::readdir(stream))
-        {
-            const std::string_view name = found->d_name;
-            if (name != "." && name != "..")
-            {
-                path.append("/").append(name);
-                Visit(descriptor, *found, path, length + 1);
-                path.resize(length);
-            }
-            errno = 0;
-        }
-        return errno;
+        return ForEachEntry(stream,
+                            [&](const dirent& found)
+                            {
+                                path.append("/").append(found.d_name);
+                                Visit(descriptor, found, path, length + 1);
+                                path.resize(length);
+                            });
     }
 
     void Visit(int folder, const dirent& found, const std::string& path, std::size_t nameStart)
@@ -174,6 +183,15 @@ void WalkFolder(const std::filesystem::path& folder, Core::FunctionRef<void(cons
                 Core::FunctionRef<void(const std::string& path, int error)> fault)
 {
     Walk(visit, fault).Run(folder.native());
+}
+
+int ListFolder(const std::filesystem::path& folder, Core::FunctionRef<void(std::string_view name)> visit)
+{
+    const FolderStream stream = OpenStream(folder.native(), 0);
+    const int error =
+        stream ? ForEachEntry(stream.get(), [&](const dirent& found) { visit(found.d_name); }) : errno;
+    NoteReadFault(folder, error);
+    return error;
 }
 
 } // namespace Vornu::Platform

@@ -46,4 +46,8 @@ private:
 void WalkFolder(const std::filesystem::path& folder, Core::FunctionRef<void(const FolderEntry&)> visit,
                 Core::FunctionRef<void(const std::string& path, int error)> fault);
 
+/// Calls `visit` for the names in a folder, in no particular order. Gives 0 or the error that left names out,
+/// which is noted by `NoteReadFault`.
+int ListFolder(const std::filesystem::path& folder, Core::FunctionRef<void(std::string_view name)> visit);
+
 } // namespace Vornu::Platform
