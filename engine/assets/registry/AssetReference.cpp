@@ -77,6 +77,15 @@ std::optional<DerivedReference> SplitDerived(std::string_view text)
                : std::optional(DerivedReference{text.substr(0, bar), text.substr(bar + 1)});
 }
 
+void WarnOfCase(const AssetRegistry& registry, std::string_view text, const std::string& found)
+{
+    if (registry.NoteReference(text))
+    {
+        Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning,
+                  "Asset reference '" + std::string(text) + "' differs in case from " + found);
+    }
+}
+
 std::optional<fs::path> FindInOtherCase(const AssetRegistry& registry, std::string_view text,
                                         const fs::path& root, const fs::path& path)
 {
@@ -85,10 +94,9 @@ std::optional<fs::path> FindInOtherCase(const AssetRegistry& registry, std::stri
     std::optional<fs::path> found =
         text.starts_with(kContentPrefix) ? FindIgnoringCase(root, path, findEntry) : std::nullopt;
     // What only winds its way there is spelled right all the same.
-    if (found && *found != path.lexically_normal() && registry.NoteReference(text))
+    if (found && *found != path.lexically_normal())
     {
-        Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning,
-                  "Asset reference '" + std::string(text) + "' differs in case from " + found->native());
+        WarnOfCase(registry, text, found->native());
     }
     return found;
 }
@@ -226,9 +234,13 @@ AssetId FindReferenced(const AssetRegistry& registry, std::string_view text, Ass
     if (text.starts_with(kContentPrefix))
     {
         const std::optional<std::string> relative = PlainPath(text.substr(kContentPrefix.size()));
-        if (const std::optional<AssetId> id = relative ? registry.FindPlainPath(*relative) : std::nullopt)
+        if (const auto answer = relative ? registry.FindPlainPath(*relative) : std::nullopt)
         {
-            return *id;
+            if (!answer->otherCase.empty())
+            {
+                WarnOfCase(registry, text, answer->otherCase);
+            }
+            return answer->id;
         }
     }
     if (const std::optional<AssetId> known = registry.FindAnswer(text, requiredKind))

@@ -349,7 +349,7 @@ bool AssetRegistry::IsStripped(AssetKind kind) const
     return std::find(kinds.begin(), kinds.end(), kind) != kinds.end();
 }
 
-std::optional<AssetId> AssetRegistry::FindPlainPath(std::string_view relative) const
+std::optional<AssetRegistry::PlainAnswer> AssetRegistry::FindPlainPath(std::string_view relative) const
 {
     const std::shared_lock lock(state_->mutex);
     const MountedRoot& root = state_->tables.Root();
@@ -361,28 +361,20 @@ std::optional<AssetId> AssetRegistry::FindPlainPath(std::string_view relative) c
     key.append("/").append(relative);
     if (const AssetId id = state_->tables.FindByPathKey(key))
     {
-        return id; // keys are canonical, so this is where the file stands
-    }
-    // Another encoding makes another name of bytes that aren't ASCII.
-    if (std::any_of(relative.begin(), relative.end(), [](char c) { return (c & 0x80) != 0; }))
-    {
-        return std::nullopt;
-    }
-    const std::size_t slash = relative.rfind('/');
-    const bool isNested = slash != std::string_view::npos;
-    const std::string_view name = isNested ? relative.substr(slash + 1) : relative;
-    std::string folder = root.path.native();
-    if (isNested)
-    {
-        folder.append("/").append(relative.substr(0, slash));
+        return PlainAnswer{id, {}}; // keys are canonical, so this is where the file stands
     }
     const auto [memo, memoLock] = state_->Memo();
-    const ReferenceMemo::Folder* const listed = memo.List(folder);
-    if (listed == nullptr || listed->names.Contains(WithoutCase(name)))
+    const std::optional<ReferenceMemo::Place> place = memo.FindPlace(root.path.native(), relative);
+    if (!place)
     {
         return std::nullopt;
     }
-    return state_->tables.FindByPathKey(listed->canonicalKey + "/" + std::string(name));
+    const AssetId id = state_->tables.FindByPathKey(place->canonicalKey);
+    if (place->exists && id == 0)
+    {
+        return std::nullopt; // a link, or no asset
+    }
+    return PlainAnswer{id, place->exists && place->differsInCase ? place->path : std::string()};
 }
 
 std::optional<std::string> AssetRegistry::FindEntryIgnoringCase(const fs::path& folder,

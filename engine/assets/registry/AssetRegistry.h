@@ -116,9 +116,15 @@ public:
     // What the resolving of references has found out stands until the revision changes, as told at
     // `ReferenceMemo`.
 
-    /// The asset of a path below the content folder that consists of plain names, as most references do; 0
-    /// for none. Nothing if it takes another look at the disk to tell.
-    std::optional<AssetId> FindPlainPath(std::string_view relative) const;
+    struct PlainAnswer
+    {
+        AssetId id = 0;        // 0 for none
+        std::string otherCase; // the path that was found if its names differ in case
+    };
+
+    /// The asset of a path below the content folder that consists of plain names, as most references do.
+    /// Nothing if it takes another look at the disk to tell.
+    std::optional<PlainAnswer> FindPlainPath(std::string_view relative) const;
     /// The only entry of a folder that has the name in some case; nothing if there is none, or more than one.
     std::optional<std::string> FindEntryIgnoringCase(const std::filesystem::path& folder,
                                                      const std::string& name) const;

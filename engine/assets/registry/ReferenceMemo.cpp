@@ -84,6 +84,50 @@ const ReferenceMemo::Folder* ReferenceMemo::List(const std::string& folder)
     return kept.isThere ? &kept : nullptr;
 }
 
+std::optional<ReferenceMemo::Place> ReferenceMemo::FindPlace(const std::string& root,
+                                                             std::string_view relative)
+{
+    // Another encoding makes another name of bytes that aren't ASCII.
+    if (std::any_of(relative.begin(), relative.end(), [](char c) { return (c & 0x80) != 0; }))
+    {
+        return std::nullopt;
+    }
+    Place place;
+    place.path = root;
+    for (;;)
+    {
+        const std::size_t slash = relative.find('/');
+        const std::string_view name = relative.substr(0, slash);
+        const Folder* const folder = List(place.path);
+        if (folder == nullptr)
+        {
+            return std::nullopt;
+        }
+        const Folder::Name* const found = folder->names.Find(WithoutCase(name));
+        if (found == nullptr)
+        {
+            if (!place.differsInCase) // a file that has gone keeps its record under its own name alone
+            {
+                place.canonicalKey.assign(folder->canonicalKey).append("/").append(relative);
+            }
+            return place;
+        }
+        if (found->exact != name && found->hasOthers)
+        {
+            return std::nullopt;
+        }
+        place.differsInCase |= found->exact != name;
+        place.path.append("/").append(found->exact);
+        if (slash == std::string_view::npos)
+        {
+            place.canonicalKey.assign(folder->canonicalKey).append("/").append(found->exact);
+            place.exists = true;
+            return place;
+        }
+        relative.remove_prefix(slash + 1);
+    }
+}
+
 bool ReferenceMemo::NoteWarning(std::string_view text)
 {
     return warnings_.Emplace(std::string(text)).second;

@@ -48,6 +48,19 @@ public:
     /// Null for a folder that isn't there or that can't be read whole, which is tried again the next time.
     const Folder* List(const std::string& folder);
 
+    /// Where a path leads whose names are taken as they stand or, where there is no such name, in the only
+    /// other case that there is.
+    struct Place
+    {
+        std::string path; // as far as it exists
+        std::string canonicalKey;
+        bool exists = false;
+        bool differsInCase = false;
+    };
+
+    /// Nothing for a path that the names of its folders don't decide.
+    std::optional<Place> FindPlace(const std::string& root, std::string_view relative);
+
     /// True the first time that a text is noted. Outlives revisions.
     bool NoteWarning(std::string_view text);
 
