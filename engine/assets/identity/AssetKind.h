@@ -39,6 +39,12 @@ enum class AssetKind : std::uint32_t
     World = 20,
 };
 
+/// The kinds that a package may do without: their sources are cooked away, or nothing needs them to play.
+inline constexpr AssetKind kStrippedKinds[] = {
+    AssetKind::Material,      AssetKind::Texture,           AssetKind::AudioClip,   AssetKind::UiDocument,
+    AssetKind::ImageDocument, AssetKind::ProceduralTexture, AssetKind::VectorField, AssetKind::VfxEffect,
+};
+
 /// The extension with its dot and its letters A to Z in lower case.
 std::string LowerExtension(const std::filesystem::path& path);
 

@@ -4,6 +4,7 @@
 #include "engine/assets/formats/mesh/NativeMesh.h"
 #include "engine/assets/formats/texture/ImageDecoder.h"
 #include "engine/assets/manager/AssetManager.h"
+#include "engine/core/files/Paths.h"
 #include "engine/core/files/ReadFaults.h"
 #include "engine/core/logging/Logger.h"
 
@@ -110,10 +111,11 @@ AssetLoadPayload ImportMesh(const std::filesystem::path& path)
     return MeshPayload(std::move(scene.meshes.front().mesh));
 }
 
+/// By where the path leads, however it is spelled.
 bool IsInside(const std::filesystem::path& root, const std::filesystem::path& path)
 {
-    const auto [rootEnd, pathEnd] = std::mismatch(root.begin(), root.end(), path.begin(), path.end());
-    return rootEnd == root.end() && pathEnd != path.end();
+    const std::optional<std::filesystem::path> relative = Platform::RelativeToRoot(root, path);
+    return relative && *relative != ".";
 }
 
 } // namespace
@@ -181,8 +183,7 @@ bool AssetManager::ReloadAsset(AssetId id)
     }
     if (record->kind == AssetKind::Scene || record->isSubAsset)
     {
-        RebuildImportedSceneAssets({record->path});
-        return true;
+        return RebuildImportedSceneAssets({record->path});
     }
     if (record->kind != AssetKind::Mesh && record->kind != AssetKind::Texture)
     {
@@ -197,21 +198,21 @@ bool AssetManager::ReloadAsset(AssetId id)
     return true;
 }
 
-/// Why a package can't hold the file of a record; empty if it does.
-std::string AssetManager::PackagedSourceFault(const AssetRecord& record, const char* missing) const
+/// Why a package can't hold a file; empty if it does.
+std::string AssetManager::PackagedSourceFault(const std::filesystem::path& path, const char* missing) const
 {
     if (mode_ != AssetMountMode::ReadOnly)
     {
         return {};
     }
-    if (!IsInside(rootPath_, record.dataPath))
+    if (!IsInside(rootPath_, path))
     {
-        return "Read-only assets require a packaged source inside content: " + record.dataPath.native();
+        return "Read-only assets require a packaged source inside content: " + path.native();
     }
     std::error_code error;
-    if (missing != nullptr && !std::filesystem::exists(record.dataPath, error))
+    if (missing != nullptr && !std::filesystem::exists(path, error))
     {
-        return missing + record.dataPath.native();
+        return missing + path.native();
     }
     return {};
 }
@@ -243,7 +244,7 @@ AssetLoadRecipe AssetManager::PrepareMeshLoad(AssetId id)
     if (const auto builtin = builtinMeshes_.find(id); builtin != builtinMeshes_.end())
     {
         recipe.decode = [make = builtin->second->make](AssetBytes) { return MeshPayload(make()); };
-        recipe.publish = [id, publish](AssetLoadPayload& payload) { publish(payload).lods = {{id}}; };
+        recipe.publish = [id, publish](AssetLoadPayload& payload) { ListItself(publish(payload), id); };
         return recipe;
     }
     if (record->isSubAsset)
@@ -267,7 +268,7 @@ AssetLoadRecipe AssetManager::PrepareMeshLoad(AssetId id)
             Core::Log(Core::LogCategory::Assets, Core::LogLevel::Info, message);
         };
     };
-    recipe.error = PackagedSourceFault(*record, nullptr);
+    recipe.error = PackagedSourceFault(record->dataPath, nullptr);
     const std::filesystem::path& path = record->dataPath;
     const auto systemError = std::make_shared<std::atomic<int>>(0);
     const auto failed = [this, id, path, systemError](const std::string& message, const std::string& cause)
@@ -291,7 +292,11 @@ AssetLoadRecipe AssetManager::PrepareMeshLoad(AssetId id)
     }
     recipe.decode = [path, systemError](const AssetBytes&)
     { return RunStage(path, systemError, [&] { return ImportMesh(path); }); };
-    recipe.publish = logged("Imported mesh asset: " + record->name);
+    recipe.publish = [id, publish = logged("Imported mesh asset: " + record->name)](AssetLoadPayload& payload)
+    {
+        ListItself(*static_cast<MeshAsset*>(payload.value.get()), id);
+        publish(payload);
+    };
     recipe.fail = [failed](const std::string& cause) { failed(cause, cause); };
     return recipe;
 }
@@ -305,7 +310,7 @@ AssetLoadRecipe AssetManager::PrepareTextureLoad(AssetId id)
         recipe.error = "Unknown texture asset " + std::to_string(id);
         return recipe;
     }
-    recipe.error = PackagedSourceFault(*record, "Missing packaged texture: ");
+    recipe.error = PackagedSourceFault(record->dataPath, "Missing packaged texture: ");
     // Decoders open the file themselves, so there is nothing to read ahead.
     recipe.decode = [path = record->dataPath](const AssetBytes&) { return DecodeTexture(path); };
     recipe.publish = [this, id](AssetLoadPayload& payload)

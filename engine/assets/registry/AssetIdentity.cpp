@@ -13,6 +13,12 @@ namespace
 
 namespace fs = std::filesystem;
 
+/// Of one file's sidecar; what concerns several files belongs to the assets.
+void WarnOfSidecar(std::string message)
+{
+    Core::Log(Core::LogCategory::General, Core::LogLevel::Warning, std::move(message));
+}
+
 void Warn(std::string message)
 {
     Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning, std::move(message));
@@ -43,7 +49,7 @@ Platform::FileResult SetAside(const fs::path& sidecar)
 
 void WarnUnwritten(ScanEntry& entry, const std::string& error)
 {
-    Warn("Failed to create asset sidecar " + entry.sidecarPath + ": " + error);
+    WarnOfSidecar("Failed to create asset sidecar " + entry.sidecarPath + ": " + error);
     entry.fault = error;
 }
 
@@ -63,8 +69,8 @@ bool LoadSidecar(ScanEntry& entry, const MountedRoot& root, bool& mayWrite)
         entry.sidecar = std::move(reading.sidecar);
         return true;
     }
-    Warn("Ignoring unreadable asset sidecar " + entry.sidecarPath + ": " + reading.error +
-         (root.IsWritable() ? " A new identity is assigned." : ""));
+    WarnOfSidecar("Ignoring unreadable asset sidecar " + entry.sidecarPath + ": " + reading.error +
+                  (root.IsWritable() ? " A new identity is assigned." : ""));
     if (!reading.fault.empty())
     {
         // What can't be read now may be read again: it stays, and the new identity is for this time only.

@@ -104,7 +104,7 @@ std::optional<fs::path> FindInOtherCase(const AssetRegistry& registry, std::stri
 /// What a `content:` or `path:` text names; empty for another form.
 fs::path ResolveFilePath(const AssetRegistry& registry, std::string_view text, bool* legacyEncoding)
 {
-    const fs::path root = registry.ContentRoot();
+    const fs::path root = registry.GetContentRoot();
     const std::optional<fs::path> plain = DecodeReferencePath(text, root, false);
     if (!plain || plain->empty() || Platform::PathExists(*plain))
     {
@@ -157,7 +157,7 @@ AssetId ResolveDerived(const AssetRegistry& registry, std::string_view text, Ass
         return key ? registry.FindSubAsset(source, *key, kind) : 0;
     }
     const fs::path legacyChild =
-        DecodeReferencePath(parts->rest, registry.ContentRoot(), true).value_or(fs::path());
+        DecodeReferencePath(parts->rest, registry.GetContentRoot(), true).value_or(fs::path());
     const fs::path child = isLegacy ? legacyChild : ResolveReferencePath(registry, parts->rest);
     AssetId id = 0;
     if (!child.empty())
@@ -318,7 +318,7 @@ std::string FormatPathReference(const AssetRegistry& registry, const fs::path& p
         return {};
     }
     const fs::path canonical = Platform::CanonicalPath(path);
-    const std::optional<fs::path> relative = Platform::RelativeToRoot(registry.ContentRoot(), canonical);
+    const std::optional<fs::path> relative = Platform::RelativeToRoot(registry.GetContentRoot(), canonical);
     if (relative && *relative != ".")
     {
         return std::string(kContentPrefix) + Platform::NormalizedCaseKey(*relative);

@@ -145,7 +145,7 @@ AssetId AssetRegistry::RegisterFile(AssetKind kind, const fs::path& path)
     return state_->Write([&](AssetTables& tables) { return tables.RegisterFile(kind, path); });
 }
 
-AssetId AssetRegistry::RegisterBuiltin(const std::string& name, AssetKind kind)
+AssetId AssetRegistry::RegisterBuiltin(AssetKind kind, const std::string& name)
 {
     const std::unique_lock lock(state_->mutex);
     return state_->tables.RegisterBuiltin(kind, name);
@@ -154,8 +154,13 @@ AssetId AssetRegistry::RegisterBuiltin(const std::string& name, AssetKind kind)
 AssetId AssetRegistry::RegisterSubAsset(AssetKind kind, const fs::path& source, const fs::path& child,
                                         const std::string& key, const std::string& displayName)
 {
-    return state_->Write([&](AssetTables& tables)
-                         { return tables.RegisterSubAsset(kind, source, child, key, displayName); });
+    return RegisterSubAssets(source, {{kind, child, key, displayName}}).front();
+}
+
+std::vector<AssetId> AssetRegistry::RegisterSubAssets(const fs::path& source,
+                                                      const std::vector<SubAssetEntry>& entries)
+{
+    return state_->Write([&](AssetTables& tables) { return tables.RegisterSubAssets(source, entries); });
 }
 
 void AssetRegistry::RemoveAssetsOfFile(const fs::path& source)
@@ -286,19 +291,19 @@ std::vector<AssetRegistry::RecordPointer> AssetRegistry::ListRecordsOfKind(Asset
     return list;
 }
 
-fs::path AssetRegistry::ContentRoot() const
+fs::path AssetRegistry::GetContentRoot() const
 {
     const std::shared_lock lock(state_->mutex);
     return state_->tables.Root().path;
 }
 
-AssetMountMode AssetRegistry::Mode() const
+AssetMountMode AssetRegistry::GetMode() const
 {
     const std::shared_lock lock(state_->mutex);
     return state_->tables.Root().mode;
 }
 
-std::uint64_t AssetRegistry::Revision() const
+std::uint64_t AssetRegistry::GetRevision() const
 {
     const std::shared_lock lock(state_->mutex);
     return state_->tables.Revision();

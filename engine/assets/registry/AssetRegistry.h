@@ -4,6 +4,7 @@
 #include "engine/assets/identity/AssetKind.h"
 #include "engine/assets/identity/AssetRecord.h"
 #include "engine/assets/identity/AssetSidecar.h"
+#include "engine/assets/registry/AssetScan.h"
 #include "engine/core/Guid.h"
 
 #include <cstdint>
@@ -47,13 +48,17 @@ public:
 
     /// Enters a file, inside the folder or outside, and gives it an identity as a scan would.
     AssetId RegisterFile(AssetKind kind, const std::filesystem::path& path);
-    AssetId RegisterBuiltin(const std::string& name, AssetKind kind);
+    AssetId RegisterBuiltin(AssetKind kind, const std::string& name);
 
     /// Enters an asset that `source` holds, or that was generated from it into the file `child` unless that
     /// is empty. `key` tells it from the others of the source; its GUID is listed in the source's sidecar.
     AssetId RegisterSubAsset(AssetKind kind, const std::filesystem::path& source,
                              const std::filesystem::path& child, const std::string& key,
                              const std::string& displayName);
+
+    /// The same for several assets of one source, whose sidecar is written once. Gives their ids in order.
+    std::vector<AssetId> RegisterSubAssets(const std::filesystem::path& source,
+                                           const std::vector<SubAssetEntry>& entries);
 
     /// Takes out all sub-assets of a source.
     void RemoveAssetsOfFile(const std::filesystem::path& source);
@@ -91,10 +96,10 @@ public:
     std::vector<RecordPointer> ListRecordsOfKind(AssetKind kind) const;
 
     /// Canonical; empty without a folder.
-    std::filesystem::path ContentRoot() const;
-    AssetMountMode Mode() const;
+    std::filesystem::path GetContentRoot() const;
+    AssetMountMode GetMode() const;
     /// Rises with every change.
-    std::uint64_t Revision() const;
+    std::uint64_t GetRevision() const;
 
     /// What of the content folder the last scan, or a registration since, couldn't read, and an identity that
     /// it couldn't write: "<path>: <cause>" of the first in the order of paths, empty if there is none. An

@@ -29,6 +29,15 @@ struct ScanEntry
     bool isProvisional = false;
 };
 
+/// A sub-asset on its way into a registry. An empty `child` stands for the source.
+struct SubAssetEntry
+{
+    AssetKind kind = AssetKind::Unknown;
+    std::filesystem::path child; // the file that was generated for it
+    std::string key;             // tells it from the others of the source
+    std::string displayName;
+};
+
 /// What of a content folder isn't known or isn't as it should be.
 class UnreadParts
 {

@@ -1,5 +1,6 @@
 #include "engine/assets/registry/AssetTables.h"
 
+#include "engine/assets/registry/SubAssetList.h"
 #include "engine/core/files/FileDescriptor.h"
 #include "engine/core/files/Files.h"
 #include "engine/core/files/Paths.h"
@@ -7,7 +8,6 @@
 #include "engine/core/logging/Logger.h"
 
 #include <algorithm>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -23,24 +23,10 @@ void Warn(std::string message)
     Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning, std::move(message));
 }
 
-/// The key of a sub-asset without the number that an importer gives to equal names.
-std::string_view WithoutNumber(std::string_view key)
-{
-    const std::size_t last = key.find_last_not_of("0123456789");
-    const bool numbered = last != std::string_view::npos && key[last] == '#' && last + 1 < key.size();
-    return numbered ? key.substr(0, last) : key;
-}
-
 /// A file need not stand at `child` yet, so only its folder is resolved.
 fs::path CanonicalChild(const fs::path& child)
 {
     return Platform::CanonicalPath(Platform::FolderOf(child)) / child.filename();
-}
-
-Core::Guid DerivedSubGuid(const Core::Guid& source, AssetKind kind, const std::string& key)
-{
-    return Core::GuidFromName("vornu-subasset:" + source.ToString() + "|" + std::string(KindWord(kind)) +
-                              "|" + key);
 }
 
 bool WriteOrWarn(const SidecarEntry& entry)
@@ -301,40 +287,48 @@ AssetId AssetTables::RegisterBuiltin(AssetKind kind, const std::string& name)
     return id;
 }
 
-AssetId AssetTables::RegisterSubAsset(AssetKind kind, const fs::path& source, const fs::path& child,
-                                      const std::string& key, const std::string& displayName)
+std::vector<AssetId> AssetTables::RegisterSubAssets(const fs::path& source,
+                                                    const std::vector<SubAssetEntry>& entries)
 {
-    AssetRecord record;
-    record.path = Platform::CanonicalPath(source);
-    record.dataPath = child.empty() ? record.path : CanonicalChild(child);
-    record.kind = kind;
-    record.name = displayName;
-    record.subKey = key;
-    record.isSubAsset = true;
-    const std::string sourceKey = Platform::NormalizedCaseKey(record.path);
-    SidecarEntry* const sidecar = SidecarOfSource(record.path, sourceKey);
+    const fs::path path = Platform::CanonicalPath(source);
+    const std::string sourceKey = Platform::NormalizedCaseKey(path);
+    SidecarEntry* const sidecar = SidecarOfSource(path, sourceKey);
     const Core::Guid sourceGuid =
         sidecar != nullptr ? sidecar->sidecar.guid : PathDerivedGuid(root_, sourceKey);
-    record.guid = sidecar != nullptr ? GuidOfSubAsset(*sidecar, sourceKey, kind, key)
-                                     : DerivedSubGuid(sourceGuid, kind, key);
-    record.id = AllocateAssetId(record.guid);
-    const AssetId id = record.id;
-    RemoveRecord(id);
-
-    const std::string dataKey = PathKey(record.dataPath);
-    FileFacts facts;
-    if (sidecar != nullptr && sourceGuid.IsValid())
+    const bool isProvisional = IsProvisional(FindByPathKey(sourceKey));
+    const std::vector<Core::Guid> guids =
+        sidecar != nullptr ? GuidsOfSubAssets(*sidecar, sourceKey, entries) : std::vector<Core::Guid>();
+    std::vector<AssetId> ids;
+    for (std::size_t i = 0; i < entries.size(); ++i)
     {
-        facts.dependencies.push_back(sourceGuid);
+        const SubAssetEntry& entry = entries[i];
+        AssetRecord record;
+        record.guid = sidecar != nullptr ? guids[i] : DerivedSubGuid(sourceGuid, entry.kind, entry.key);
+        record.id = AllocateAssetId(record.guid);
+        record.kind = entry.kind;
+        record.name = entry.displayName;
+        record.path = path;
+        record.dataPath = entry.child.empty() ? path : CanonicalChild(entry.child);
+        record.subKey = entry.key;
+        record.isSubAsset = true;
+        const AssetId id = record.id;
+        RemoveRecord(id);
+        const std::string dataKey = PathKey(record.dataPath);
+        FileFacts facts;
+        if (sidecar != nullptr && sourceGuid.IsValid())
+        {
+            facts.dependencies.push_back(sourceGuid);
+        }
+        Enter(std::move(record), std::move(facts));
+        if (isProvisional)
+        {
+            provisional_.insert(id);
+        }
+        sourceKeyById_.InsertOrAssign(id, sourceKey);
+        subAssetsBySource_[sourceKey].InsertOrAssign(id, dataKey);
+        ids.push_back(id);
     }
-    Enter(std::move(record), std::move(facts));
-    if (IsProvisional(FindByPathKey(sourceKey)))
-    {
-        provisional_.insert(id);
-    }
-    sourceKeyById_.InsertOrAssign(id, sourceKey);
-    subAssetsBySource_[sourceKey].InsertOrAssign(id, dataKey);
-    return id;
+    return ids;
 }
 
 /// Null if the source isn't on disk.
@@ -356,54 +350,30 @@ SidecarEntry* AssetTables::SidecarOfSource(const fs::path& source, const std::st
     return sidecarByPathKey_.Find(sourceKey);
 }
 
-Core::Guid AssetTables::GuidOfSubAsset(SidecarEntry& source, const std::string& sourceKey, AssetKind kind,
-                                       const std::string& key)
+std::vector<Core::Guid> AssetTables::GuidsOfSubAssets(SidecarEntry& source, const std::string& sourceKey,
+                                                      const std::vector<SubAssetEntry>& entries)
 {
-    std::vector<AssetSidecarSubAsset>& subAssets = source.sidecar.subAssets;
-    const auto listed = std::find_if(subAssets.begin(), subAssets.end(),
-                                     [&](const auto& sub) { return sub.kind == kind && sub.name == key; });
-    if (listed != subAssets.end())
-    {
-        sourcePathBySubGuid_.InsertOrAssign(listed->guid, source.path);
-        return listed->guid;
-    }
-    AssetSidecarSubAsset* sub = FindRenumbered(source.sidecar, sourceKey, kind, key);
-    if (sub != nullptr)
-    {
-        sub->name = key;
-    }
-    else
-    {
-        sub = &subAssets.emplace_back(
-            AssetSidecarSubAsset{key, kind, DerivedSubGuid(source.sidecar.guid, kind, key)});
-    }
-    const Core::Guid guid = sub->guid;
-    sourcePathBySubGuid_.InsertOrAssign(guid, source.path);
-    if (root_.IsWritable() && source.hasSidecarFile && root_.Contains(sourceKey) && !WriteOrWarn(source))
-    {
-        unread_.Add(source.sidecarPath, "the identities of its parts could not be written");
-    }
-    return guid;
-}
-
-/// A listed sub-asset that differs from `key` in its number alone and that no live record uses.
-AssetSidecarSubAsset* AssetTables::FindRenumbered(AssetSidecar& sidecar, const std::string& sourceKey,
-                                                  AssetKind kind, const std::string& key) const
-{
-    std::unordered_set<std::string_view> live;
+    SubAssetList list(source.sidecar);
     if (const ById<std::string>* const records = subAssetsBySource_.Find(sourceKey))
     {
         for (const auto& [id, dataKey] : *records)
         {
-            live.insert((*records_.Find(id))->subKey);
+            list.NoteLive((*records_.Find(id))->subKey);
         }
     }
-    const auto found = std::find_if(sidecar.subAssets.begin(), sidecar.subAssets.end(),
-                                    [&](const AssetSidecarSubAsset& sub) {
-                                        return sub.kind == kind && !live.contains(sub.name) &&
-                                               WithoutNumber(sub.name) == WithoutNumber(key);
-                                    });
-    return found == sidecar.subAssets.end() ? nullptr : &*found;
+    std::vector<Core::Guid> guids;
+    for (const SubAssetEntry& entry : entries)
+    {
+        guids.push_back(list.Take(entry.kind, entry.key));
+        sourcePathBySubGuid_.InsertOrAssign(guids.back(), source.path);
+    }
+    // Nothing is written outside of the folder that is mounted.
+    if (list.HasChanged() && root_.IsWritable() && source.hasSidecarFile && root_.Contains(sourceKey) &&
+        !WriteOrWarn(source))
+    {
+        unread_.Add(source.sidecarPath, "the identities of its parts could not be written");
+    }
+    return guids;
 }
 
 bool AssetTables::SetFileSetting(std::string_view pathKey, std::string_view key, std::string_view value)

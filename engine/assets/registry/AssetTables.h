@@ -41,10 +41,8 @@ public:
 
     AssetId RegisterFile(AssetKind kind, const std::filesystem::path& path);
     AssetId RegisterBuiltin(AssetKind kind, const std::string& name);
-    /// An empty `child` stands for the source.
-    AssetId RegisterSubAsset(AssetKind kind, const std::filesystem::path& source,
-                             const std::filesystem::path& child, const std::string& key,
-                             const std::string& displayName);
+    std::vector<AssetId> RegisterSubAssets(const std::filesystem::path& source,
+                                           const std::vector<SubAssetEntry>& entries);
     void RemoveAssetsOfFile(std::string_view sourceKey);
     bool SetFileSetting(std::string_view pathKey, std::string_view key, std::string_view value);
 
@@ -98,10 +96,8 @@ private:
     bool BelongsToAnotherFile(const ScanEntry& entry) const;
 
     SidecarEntry* SidecarOfSource(const std::filesystem::path& source, const std::string& sourceKey);
-    Core::Guid GuidOfSubAsset(SidecarEntry& source, const std::string& sourceKey, AssetKind kind,
-                              const std::string& key);
-    AssetSidecarSubAsset* FindRenumbered(AssetSidecar& sidecar, const std::string& sourceKey, AssetKind kind,
-                                         const std::string& key) const;
+    std::vector<Core::Guid> GuidsOfSubAssets(SidecarEntry& source, const std::string& sourceKey,
+                                             const std::vector<SubAssetEntry>& entries);
 
     MountedRoot root_;
     UnreadParts unread_;

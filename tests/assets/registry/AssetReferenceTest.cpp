@@ -40,7 +40,7 @@ protected:
         root_.Write("case.vmat", "");
         root_.Write("Case.vmat", "");
         assets_.Mount(root_.Path(), AssetMountMode::ReadOnly);
-        cube_ = assets_.RegisterBuiltin("Builtin/Cube", AssetKind::Mesh);
+        cube_ = assets_.RegisterBuiltin(AssetKind::Mesh, "Builtin/Cube");
         hero_ = assets_.FindByPath(root_ / "Sub/Hero.fbx");
         coffee_ = assets_.FindByPath(root_ / "Caf\u00e9.png");
         body_ = Add(AssetKind::Mesh, "Cache/12_Body.vmesh", "Body");
@@ -222,7 +222,13 @@ TEST_F(AssetReferences, TheCodecWantsTheKindOfTheProperty)
     EXPECT_EQ(codec.textToAsset("content:Caf\xe9.png", texture), coffee_);
     const auto load = [&](const char* text) { return FailureOf([&] { codec.textToAsset(text, texture); }); };
     EXPECT_EQ(load("content:none"), "Unresolved asset or mismatched asset type: Texture / content:none");
-    assets_.SetStrippedKinds({AssetKind::Texture});
+    assets_.SetStrippedKinds({std::begin(kStrippedKinds), std::end(kStrippedKinds)});
+    std::string stripped;
+    for (std::uint32_t kind = 0; kind <= 20; ++kind)
+    {
+        stripped += assets_.IsStripped(static_cast<AssetKind>(kind)) ? std::to_string(kind) + " " : "";
+    }
+    EXPECT_EQ(stripped, "3 4 5 6 14 15 16 17 ");
     EXPECT_EQ(codec.textToAsset("content:none", texture), kStrippedAssetId);
     EXPECT_EQ(load("builtin:Builtin/Cube"),
               "Unresolved asset or mismatched asset type: Texture / builtin:Builtin/Cube");

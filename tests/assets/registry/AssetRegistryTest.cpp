@@ -77,14 +77,14 @@ TEST_F(AssetRegistryMount, AuthoringGivesEveryAssetASidecarAndReadOnlyNone)
     EXPECT_EQ(GuidAt("link.png"), ContentGuid("a.PNG"));
     EXPECT_EQ(assets_.FindInfo(ContentGuid("a.PNG"))->sidecarVersion, 0u);
     const AssetId id = assets_.FindByPath(root_ / "sub/Hero.fbx");
-    const std::uint64_t revision = assets_.Revision();
+    const std::uint64_t revision = assets_.GetRevision();
 
     assets_.Mount(root_.Path(), kAuthoring);
     EXPECT_EQ(root_.List(), "Hero.vmeta a.PNG a.PNG.vmeta folder.png link.png notes.txt sub");
     EXPECT_EQ(root_.Read("a.PNG.vmeta"),
               "vmeta 1\nguid " + ContentGuid("a.PNG").ToString() +
                   "\nimporter texture 1\nsettings\nencoding \"auto\"\nmax_size \"0\"\nend\n");
-    EXPECT_GT(assets_.Revision(), revision);
+    EXPECT_GT(assets_.GetRevision(), revision);
     EXPECT_EQ(assets_.FindByPath(root_ / "sub/../sub/Hero.fbx"), id);
     const auto record = assets_.FindRecord(id);
     EXPECT_EQ(record->name, "Hero.fbx");
@@ -128,7 +128,7 @@ TEST_F(AssetRegistryMount, MissingFolders)
     EXPECT_EQ(
         FailureOf<fs::filesystem_error>([&] { assets_.Mount(root_ / "file", kAuthoring); }).substr(0, 19),
         "create_directories:");
-    EXPECT_EQ(assets_.ContentRoot(), "");
+    EXPECT_EQ(assets_.GetContentRoot(), "");
     assets_.Mount(none, kAuthoring);
     EXPECT_TRUE(fs::is_directory(none));
     EXPECT_TRUE(assets_.ListRecords().empty());
@@ -214,6 +214,7 @@ TEST_F(AssetRegistryMount, AnUnreadableSidecarIsKept)
     const std::string warning = "[Warn] Ignoring unreadable asset sidecar " + path + ": Invalid vmeta guid.";
     root_.Write("a.vmat.vmeta", "guid first");
     assets_.Mount(root_.Path(), kReadOnly);
+    EXPECT_EQ(Core::GetLogger().CopyHistory().back().category, Core::LogCategory::General);
     EXPECT_EQ(log_.Take(), warning + "\n");
     assets_.Mount(root_.Path(), kAuthoring);
     EXPECT_EQ(log_.Take(), warning + " A new identity is assigned.\n");
@@ -318,10 +319,10 @@ TEST_F(AssetRegistryMount, FilesAreEnteredOneByOne)
     EXPECT_EQ(assets_.FindByPath(root_ / "a.vmat"), 0u);
     EXPECT_EQ(assets_.FindSidecar(root_ / "a.vmat"), std::nullopt);
 
-    const std::uint64_t revision = assets_.Revision();
+    const std::uint64_t revision = assets_.GetRevision();
     EXPECT_TRUE(assets_.SetFileSetting(root_ / "c.vmat", "k", "v"));
     EXPECT_TRUE(assets_.SetFileSetting(root_ / "c.vmat", "k", "v"));
-    EXPECT_EQ(assets_.Revision(), revision + 1);
+    EXPECT_EQ(assets_.GetRevision(), revision + 1);
     EXPECT_EQ(ReadSidecar(root_ / "c.vmat.vmeta"), assets_.FindSidecar(root_ / "c.vmat"));
     EXPECT_EQ(assets_.FindSidecar(root_ / "c.vmat")->settings.size(), 1u);
     EXPECT_FALSE(assets_.SetFileSetting(outside, "k", "v"));
@@ -356,10 +357,10 @@ TEST_F(AssetRegistryMount, SubAssetsAreListedInTheSidecarOfTheirSource)
     EXPECT_EQ(assets_.FindSubAsset(hero, "Body", AssetKind::Texture), 0u);
     EXPECT_EQ(assets_.ListRecordsOfKind(AssetKind::Mesh).front()->subKey, "Body");
 
-    const std::uint64_t revision = assets_.Revision();
+    const std::uint64_t revision = assets_.GetRevision();
     assets_.RemoveAssetsOfFile(hero);
     assets_.RemoveAssetsOfFile(hero);
-    EXPECT_EQ(assets_.Revision(), revision + 1);
+    EXPECT_EQ(assets_.GetRevision(), revision + 1);
     EXPECT_EQ(assets_.FindByGuid(leg), 0u);
     EXPECT_EQ(assets_.SourceOfSubGuid(leg), hero);
 
@@ -367,7 +368,7 @@ TEST_F(AssetRegistryMount, SubAssetsAreListedInTheSidecarOfTheirSource)
     const AssetId lone = assets_.RegisterSubAsset(AssetKind::Mesh, root_ / "no.fbx", {}, "k", "n");
     EXPECT_EQ(assets_.GuidOf(lone),
               Core::GuidFromName("vornu-subasset:" + ContentGuid("no.fbx").ToString() + "|mesh|k"));
-    assets_.RegisterBuiltin("Builtin/Cube", AssetKind::Mesh);
+    assets_.RegisterBuiltin(AssetKind::Mesh, "Builtin/Cube");
     assets_.Refresh();
     EXPECT_EQ(assets_.ListRecords().size(), 2u);
     EXPECT_EQ(assets_.ListRecords().back()->name, "Builtin/Cube");

@@ -27,9 +27,9 @@ public:
     {
         Core::GetLogger().ApplyLevelSpec("off");
         assets.Initialize(folder_.Path(), Assets::AssetMountMode::ReadOnly);
-        assets.GetRegistry().RegisterBuiltin("Sky", Assets::AssetKind::Texture);
-        assets.GetRegistry().RegisterBuiltin("Red", Assets::AssetKind::Material);
-        assets.GetRegistry().RegisterBuiltin("Box", Assets::AssetKind::Mesh);
+        assets.GetRegistry().RegisterBuiltin(Assets::AssetKind::Texture, "Sky");
+        assets.GetRegistry().RegisterBuiltin(Assets::AssetKind::Material, "Red");
+        assets.GetRegistry().RegisterBuiltin(Assets::AssetKind::Mesh, "Box");
     }
 
     /// The error of the legacy reader; empty if it has filled `scene`.
