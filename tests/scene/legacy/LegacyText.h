@@ -25,7 +25,7 @@ class LegacyText
 public:
     LegacyText() : settings_("VORNU_USER_SETTINGS_DIR", (folder_ / "settings").string())
     {
-        Core::GetLogger().ApplyLevelSpec("off");
+        Core::GetLogger().SetConsoleEnabled(false); // other tests read the history
         assets.Initialize(folder_.Path(), Assets::AssetMountMode::ReadOnly);
         assets.GetRegistry().RegisterBuiltin(Assets::AssetKind::Texture, "Sky");
         assets.GetRegistry().RegisterBuiltin(Assets::AssetKind::Material, "Red");
