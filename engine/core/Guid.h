@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/core/Hash.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -39,9 +41,11 @@ struct Guid
     friend bool operator==(const Guid&, const Guid&) = default;
 };
 
+/// For containers. Another one in each process, so that no file can be made whose GUIDs fall together; what
+/// can be seen must not depend on it.
 struct GuidHash
 {
-    std::size_t operator()(const Guid& guid) const noexcept { return guid.Hash(); }
+    std::size_t operator()(const Guid& guid) const noexcept { return KeyedHash(guid.high, guid.low); }
 };
 
 /// A GUID derived from `bytes` alone, with version nibble 5: the same bytes give the same GUID in every run.

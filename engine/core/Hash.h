@@ -34,6 +34,36 @@ constexpr std::uint64_t Fnv1aOfNumber(Unsigned number) noexcept
     return hash;
 }
 
+namespace Detail
+{
+
+struct HashKey
+{
+    std::uint64_t first;
+    std::uint64_t second;
+};
+
+HashKey DrawHashKey();
+
+/// Drawn once in each process.
+inline const HashKey& ProcessHashKey() noexcept
+{
+    static const HashKey key = DrawHashKey();
+    return key;
+}
+
+} // namespace Detail
+
+/// Hash of two words that nobody outside the process can foretell: one round of the folded multiplication by
+/// which wyhash mixes (Wang Yi, wyhash, final version 4).
+inline std::uint64_t KeyedHash(std::uint64_t first, std::uint64_t second) noexcept
+{
+    const Detail::HashKey& key = Detail::ProcessHashKey();
+    __extension__ typedef unsigned __int128 Wide;
+    const Wide product = static_cast<Wide>(first ^ key.first) * (second ^ key.second);
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
 /// Hash of texts for unordered containers; finds `std::string` keys by `std::string_view`.
 struct TextHash
 {

@@ -15,128 +15,140 @@ constexpr std::size_t kBucketsPerPair = 2; // at least; a pair that shares its b
 
 void GuidIndex::Insert(const Core::Guid& guid, Entity entity)
 {
+    if (entity == kNullEntity)
+    {
+        return;
+    }
     if ((size_ + gaps_) * kBucketsPerPair >= buckets_.size())
     {
         Rehash(std::max(kInitialBuckets, gaps_ > size_ ? buckets_.size() : buckets_.size() * 2));
     }
-    const std::uint64_t hash = guid.Hash();
+    const std::uint64_t hash = HashOf(guid);
     Bucket& bucket = BucketOf(hash);
     std::uint32_t first = kNoNode; // of the run of the key
     if ((bucket.filter & FilterBit(hash)) != 0)
     {
         first = FirstOf(bucket, guid);
     }
-    if (first != kNoNode && nodes_[first].gap)
+    ++size_;
+    if (first != kNoNode && nodes_[first].entity == kNullEntity)
     {
-        nodes_[first].entity = entity;
-        nodes_[first].gap = false;
-        Remember(entity, first);
         --gaps_;
-        ++size_;
-        return;
+        return Give(first, entity);
     }
-    const std::uint32_t added = TakeNode(guid, entity);
+    const std::uint32_t added = TakeNode(guid);
     if (first == kNoNode)
     {
         nodes_[added].next = bucket.first;
-        nodes_[added].last = added;
+        nodes_[added].run = added;
         bucket.first = added;
     }
     else
     {
-        std::uint32_t& last = nodes_[first].last;
-        nodes_[added].next = nodes_[last].next;
-        nodes_[last].next = added;
-        last = added;
+        AppendToRun(first, added);
     }
     bucket.filter |= FilterBit(hash);
-    Remember(entity, added);
-    ++size_;
+    Give(added, entity);
 }
 
-void GuidIndex::Remember(Entity entity, std::uint32_t node)
+/// Makes the node the latest pair of the entity.
+void GuidIndex::Give(std::uint32_t node, Entity entity)
 {
     const std::uint32_t index = EntityIndex(entity);
     if (index >= latestNodes_.size())
     {
         latestNodes_.resize(index + 1, kNoNode);
     }
+    nodes_[node].older = LatestOf(entity);
+    nodes_[node].entity = entity;
     latestNodes_[index] = node;
+}
+
+/// The latest pair of the entity, or of one that had its index before. What stands in the list is from before
+/// the index was cleared where its node belongs to nobody or to another by now.
+std::uint32_t GuidIndex::LatestOf(Entity entity) const noexcept
+{
+    const std::uint32_t index = EntityIndex(entity);
+    const std::uint32_t latest = index < latestNodes_.size() ? latestNodes_[index] : kNoNode;
+    return latest < nodes_.size() && EntityIndex(nodes_[latest].entity) == index ? latest : kNoNode;
 }
 
 bool GuidIndex::Erase(const Core::Guid& guid, Entity entity)
 {
-    if (size_ == 0)
+    const std::uint32_t node = entity != kNullEntity ? TakePair(guid, entity) : kNoNode;
+    if (node == kNoNode)
     {
         return false;
     }
-    if (EraseOnlyPair(guid, entity))
+    --size_;
+    if (nodes_[node].run == node)
     {
+        nodes_[node].entity = kNullEntity;
+        ++gaps_;
         return true;
     }
-    Bucket& bucket = BucketOf(guid.Hash());
-    const std::uint32_t first = FirstOf(bucket, guid);
-    std::uint32_t before = kNoNode; // in the run
-    for (std::uint32_t node = first; node != kNoNode; before = node, node = Next(node))
-    {
-        if (nodes_[node].entity == entity && !nodes_[node].gap)
-        {
-            Unlink(bucket, first, before, node);
-            return true;
-        }
-    }
-    return false;
-}
-
-bool GuidIndex::EraseOnlyPair(const Core::Guid& guid, Entity entity)
-{
-    const std::uint32_t index = EntityIndex(entity);
-    const std::uint32_t latest = index < latestNodes_.size() ? latestNodes_[index] : kNoNode;
-    if (latest >= nodes_.size())
-    {
-        return false;
-    }
-    Node& node = nodes_[latest];
-    if (node.gap || node.last != latest || node.entity != entity || !(node.guid == guid))
-    {
-        return false;
-    }
-    node.gap = true;
-    ++gaps_;
-    --size_;
+    RemoveFromRun(node);
+    FreeNode(node);
     return true;
 }
 
-void GuidIndex::Unlink(Bucket& bucket, std::uint32_t first, std::uint32_t before, std::uint32_t node)
+/// Takes the first pair of this key and entity out of the list of the entity's pairs.
+std::uint32_t GuidIndex::TakePair(const Core::Guid& guid, Entity entity) noexcept
 {
-    const std::uint32_t next = nodes_[node].next;
-    if (node != first)
+    std::uint32_t* found = nullptr;
+    if (LatestOf(entity) != kNoNode)
     {
-        nodes_[before].next = next;
-        if (nodes_[first].last == node)
+        for (std::uint32_t* link = &latestNodes_[EntityIndex(entity)]; *link != kNoNode;
+             link = &nodes_[*link].older)
         {
-            nodes_[first].last = before;
+            found = nodes_[*link].entity == entity && nodes_[*link].guid == guid ? link : found;
         }
     }
-    else
+    if (found == nullptr)
     {
-        if (nodes_[first].last != first)
-        {
-            nodes_[next].last = nodes_[first].last;
-        }
+        return kNoNode;
+    }
+    const std::uint32_t node = *found;
+    *found = nodes_[node].older;
+    return node;
+}
+
+void GuidIndex::AppendToRun(std::uint32_t first, std::uint32_t added) noexcept
+{
+    const std::uint32_t last = LastOf(first);
+    nodes_[added].next = nodes_[last].next;
+    nodes_[added].run = last | kBehind;
+    nodes_[last].next = added;
+    nodes_[first].run = added;
+}
+
+/// For a node that isn't the only one of its run.
+void GuidIndex::RemoveFromRun(std::uint32_t node) noexcept
+{
+    const std::uint32_t following = Next(node);
+    const std::uint32_t run = nodes_[node].run;
+    Bucket& bucket = BucketOf(HashOf(nodes_[node].guid));
+    if (IsFirst(node))
+    {
         std::uint32_t* link = &bucket.first;
         while (*link != node)
         {
-            link = &nodes_[nodes_[*link].last].next;
+            link = &nodes_[LastOf(*link)].next;
         }
-        *link = next;
+        *link = following;
+        nodes_[following].run = run;
+        return;
     }
-    FreeNode(node);
-    --size_;
-    if (bucket.first == kNoNode)
+    const std::uint32_t before = run & ~kBehind;
+    if (following != kNoNode)
     {
-        bucket.filter = 0;
+        nodes_[following].run = run;
     }
+    else
+    {
+        nodes_[FirstOf(bucket, nodes_[node].guid)].run = before;
+    }
+    nodes_[before].next = nodes_[node].next;
 }
 
 std::uint32_t GuidIndex::First(const Core::Guid& guid) const noexcept
@@ -145,8 +157,8 @@ std::uint32_t GuidIndex::First(const Core::Guid& guid) const noexcept
     {
         return kNoNode;
     }
-    const std::uint32_t first = FirstOf(buckets_[guid.Hash() & (buckets_.size() - 1)], guid);
-    return first != kNoNode && nodes_[first].gap ? kNoNode : first;
+    const std::uint32_t first = FirstOf(buckets_[HashOf(guid) & (buckets_.size() - 1)], guid);
+    return first != kNoNode && nodes_[first].entity == kNullEntity ? kNoNode : first;
 }
 
 std::uint32_t GuidIndex::FirstOf(const Bucket& bucket, const Core::Guid& guid) const noexcept
@@ -154,7 +166,7 @@ std::uint32_t GuidIndex::FirstOf(const Bucket& bucket, const Core::Guid& guid) c
     std::uint32_t node = bucket.first;
     while (node != kNoNode && !(nodes_[node].guid == guid))
     {
-        node = nodes_[nodes_[node].last].next;
+        node = nodes_[LastOf(node)].next;
     }
     return node;
 }
@@ -168,7 +180,7 @@ std::uint32_t GuidIndex::Next(std::uint32_t node) const noexcept
 void GuidIndex::Clear() noexcept
 {
     std::fill(buckets_.begin(), buckets_.end(), Bucket{});
-    nodes_.clear(); // the hints stay: they are checked
+    nodes_.clear(); // the latest pairs stay: they are checked
     freeNode_ = kNoNode;
     size_ = 0;
     gaps_ = 0;
@@ -201,12 +213,12 @@ void GuidIndex::Rehash(std::size_t bucketCount)
         for (std::size_t i = chain.size(); i > 0; --i)
         {
             Node& node = nodes_[chain[i - 1]];
-            if (node.gap)
+            if (node.entity == kNullEntity)
             {
                 FreeNode(chain[i - 1]);
                 continue;
             }
-            const std::uint64_t hash = node.guid.Hash();
+            const std::uint64_t hash = HashOf(node.guid);
             Bucket& target = BucketOf(hash);
             node.next = target.first;
             target.first = chain[i - 1];
@@ -216,22 +228,22 @@ void GuidIndex::Rehash(std::size_t bucketCount)
     gaps_ = 0;
 }
 
-std::uint32_t GuidIndex::TakeNode(const Core::Guid& guid, Entity entity)
+std::uint32_t GuidIndex::TakeNode(const Core::Guid& guid)
 {
     if (freeNode_ == kNoNode)
     {
-        nodes_.push_back({guid, entity});
+        nodes_.push_back({guid});
         return static_cast<std::uint32_t>(nodes_.size() - 1);
     }
     const std::uint32_t node = freeNode_;
     freeNode_ = nodes_[node].next;
-    nodes_[node] = {guid, entity};
+    nodes_[node] = {guid};
     return node;
 }
 
 void GuidIndex::FreeNode(std::uint32_t node) noexcept
 {
-    nodes_[node].last = kNoNode; // not to be taken for one of a pair
+    nodes_[node].entity = kNullEntity;
     nodes_[node].next = freeNode_;
     freeNode_ = node;
 }

@@ -12,8 +12,8 @@ namespace Vornu::Scene
 
 /// Multimap from GUID to entity in flat vectors: buckets of chained nodes and a free list.
 ///
-/// Pairs of equal keys stand in insertion order. An operation takes amortised constant time; only `Erase`
-/// walks the pairs in front of its own that have the same key. Single-threaded.
+/// Pairs of equal keys stand in insertion order. An operation takes amortised constant time, whatever the
+/// keys are; only `Erase` walks the pairs of its entity, which mostly has one. Single-threaded.
 ///
 /// The one pair of a key is erased without a look at its bucket, which would be a cache miss in a large
 /// index: its node is known from the entity and stays in the chain as a gap. A later pair of the key takes
@@ -23,6 +23,7 @@ class GuidIndex
 public:
     static constexpr std::uint32_t kNoNode = ~std::uint32_t{0};
 
+    /// The null entity isn't inserted.
     void Insert(const Core::Guid& guid, Entity entity);
 
     /// Removes the first pair of exactly this key and entity; returns whether there was one.
@@ -49,11 +50,15 @@ private:
     struct alignas(32) Node
     {
         Core::Guid guid;
-        Entity entity = kNullEntity;
-        std::uint32_t next = kNoNode; // in the bucket, or in the free list
-        std::uint32_t last = kNoNode; // of the run of equal keys; kept by its first node
-        bool gap = false;             // erased; the only one of its key
+        Entity entity = kNullEntity;   // null for a gap, the only node of its key, and for a free node
+        std::uint32_t next = kNoNode;  // in the bucket, or in the free list
+        std::uint32_t run = kNoNode;   // in the run of equal keys: see `LastOf`
+        std::uint32_t older = kNoNode; // pair of the same entity
     };
+
+    /// Set in `run` of a node that isn't the first of its run; it names the node before it. The first node
+    /// names the last one.
+    static constexpr std::uint32_t kBehind = 0x80000000u;
 
     struct Bucket
     {
@@ -61,19 +66,24 @@ private:
         std::uint32_t filter = 0; // has the bit of every key in the chain; spares a new key the walk
     };
 
+    static std::uint64_t HashOf(const Core::Guid& guid) noexcept { return Core::GuidHash{}(guid); }
     Bucket& BucketOf(std::uint64_t hash) noexcept { return buckets_[hash & (buckets_.size() - 1)]; }
     static std::uint32_t FilterBit(std::uint64_t hash) noexcept { return 1u << (hash >> 59); }
     std::uint32_t FirstOf(const Bucket& bucket, const Core::Guid& guid) const noexcept;
-    void Unlink(Bucket& bucket, std::uint32_t first, std::uint32_t before, std::uint32_t node);
-    bool EraseOnlyPair(const Core::Guid& guid, Entity entity);
+    bool IsFirst(std::uint32_t node) const noexcept { return (nodes_[node].run & kBehind) == 0; }
+    std::uint32_t LastOf(std::uint32_t first) const noexcept { return nodes_[first].run; }
+    std::uint32_t LatestOf(Entity entity) const noexcept;
+    std::uint32_t TakePair(const Core::Guid& guid, Entity entity) noexcept;
+    void AppendToRun(std::uint32_t first, std::uint32_t added) noexcept;
+    void RemoveFromRun(std::uint32_t node) noexcept;
     void Rehash(std::size_t bucketCount);
-    std::uint32_t TakeNode(const Core::Guid& guid, Entity entity);
+    std::uint32_t TakeNode(const Core::Guid& guid);
     void FreeNode(std::uint32_t node) noexcept;
-    void Remember(Entity entity, std::uint32_t node);
+    void Give(std::uint32_t node, Entity entity);
 
     std::vector<Bucket> buckets_; // a power of two of them, or none yet
     std::vector<Node> nodes_;
-    std::vector<std::uint32_t> latestNodes_; // by entity index, of its latest pair; a hint that is checked
+    std::vector<std::uint32_t> latestNodes_; // by entity index, of its latest pair; see `LatestOf`
     std::uint32_t freeNode_ = kNoNode;
     std::size_t size_ = 0; // without gaps
     std::size_t gaps_ = 0;

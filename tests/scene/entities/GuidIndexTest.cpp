@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <random>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -43,6 +44,46 @@ TEST(GuidIndex, EraseTakesExactlyOnePair)
     EXPECT_EQ(EntitiesOf(index, guid), (std::vector<Entity>{4}));
 }
 
+TEST(GuidIndex, PairsOfOneKeyGoInAnyOrder)
+{
+    const Core::Guid guid{1, 2};
+    for (const std::vector<Entity>& order :
+         {std::vector<Entity>{5, 4, 3, 2, 1}, {1, 2, 3, 4, 5}, {3, 1, 5, 2, 4}})
+    {
+        GuidIndex index;
+        std::vector<Entity> left = {1, 2, 3, 4, 5};
+        for (const Entity entity : left)
+        {
+            index.Insert(guid, entity);
+        }
+        for (const Entity entity : order)
+        {
+            ASSERT_TRUE(index.Erase(guid, entity));
+            left.erase(std::find(left.begin(), left.end(), entity));
+            ASSERT_EQ(EntitiesOf(index, guid), left);
+        }
+        index.Insert(guid, 9);
+        ASSERT_EQ(EntitiesOf(index, guid), std::vector<Entity>{9});
+    }
+}
+
+/// GUIDs can be chosen so that `Guid::Hash`, which everybody can compute, sends them all to one place.
+TEST(GuidIndex, NoFileCanChooseWhereItsGuidsFall)
+{
+    constexpr std::uint64_t kMask = 0x3FF;
+    std::set<std::size_t> places;
+    std::size_t chosen = 0;
+    for (Core::Guid guid{7, 0}; chosen < 300; ++guid.low)
+    {
+        if ((guid.Hash() & kMask) == 0)
+        {
+            ++chosen;
+            places.insert(Core::GuidHash{}(guid)&kMask);
+        }
+    }
+    EXPECT_GT(places.size(), 150u);
+}
+
 TEST(GuidIndex, ErasedPairsOfOneKeyLeaveNothingBehind)
 {
     const Core::Guid a{1, 1};
@@ -77,7 +118,7 @@ void CompareWithModel(unsigned keys, Entity reserveAt)
         const bool grows = step / 1000 % 2 == 0;
         if (random() % 5 < (grows ? 4u : 1u) || model.empty())
         {
-            model.emplace_back(Core::Guid{random() % keys, 1}, step % 700);
+            model.emplace_back(Core::Guid{random() % keys, 1}, 1 + step % 700);
             index.Insert(model.back().first, model.back().second);
         }
         else
