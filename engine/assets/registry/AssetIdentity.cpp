@@ -111,12 +111,13 @@ OrphanSidecars::OrphanSidecars(std::vector<fs::path> sidecars, const StampByGuid
 bool OrphanSidecars::Follow(ScanEntry& entry)
 {
     ReadAll();
-    const auto found = byContent_.find(ContentKey(entry.path, entry.contentStamp));
-    if (entry.contentStamp == 0 || found == byContent_.end() || found->second.size() != 1)
+    const std::string key = ContentKey(entry.path, entry.contentStamp);
+    std::vector<Orphan>* const found = byContent_.Find(key);
+    if (entry.contentStamp == 0 || found == nullptr || found->size() != 1)
     {
         return false;
     }
-    Orphan& orphan = found->second.front();
+    Orphan& orphan = found->front();
     if (!Platform::MoveToFreeName(orphan.path, entry.sidecarPath).Succeeded())
     {
         return false;
@@ -125,7 +126,7 @@ bool OrphanSidecars::Follow(ScanEntry& entry)
               "Asset sidecar followed renamed file: " + entry.path);
     entry.sidecar = std::move(orphan.sidecar);
     entry.hasSidecarFile = true;
-    byContent_.erase(found);
+    byContent_.Erase(key);
     return true;
 }
 
