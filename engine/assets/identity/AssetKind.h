@@ -47,9 +47,11 @@ inline constexpr AssetKind kStrippedKinds[] = {
 
 /// The extension with its dot and its letters A to Z in lower case.
 std::string LowerExtension(const std::filesystem::path& path);
+std::string LowerExtensionOfName(std::string_view fileName);
 
 /// The kind of a file by its extension, letters of either case; Unknown for what is no asset.
 AssetKind KindFromExtension(const std::filesystem::path& path);
+AssetKind KindFromName(std::string_view fileName);
 
 /// The word of a kind in sidecar files; "unknown" for any other number.
 std::string_view KindWord(AssetKind kind) noexcept;

@@ -236,7 +236,14 @@ fs::path AssetPathOfSidecar(const fs::path& sidecar)
 
 bool IsSidecarFile(const fs::path& path)
 {
-    return LowerExtension(path) == kSidecarExtension && path.stem().has_extension();
+    const std::string_view text = path.native();
+    return IsSidecarName(text.substr(text.rfind('/') + 1));
+}
+
+bool IsSidecarName(std::string_view fileName)
+{
+    return LowerExtensionOfName(fileName) == kSidecarExtension &&
+           !LowerExtensionOfName(fileName.substr(0, fileName.size() - kSidecarExtension.size())).empty();
 }
 
 std::vector<fs::path> ExistingSidecars(const fs::path& asset)
@@ -264,14 +271,22 @@ SidecarReading ReadSidecarFile(const fs::path& path)
             TypeAt(path) == fs::file_type::not_found ? "" : Platform::SystemErrorText(file.Error());
         return reading;
     }
-    if (!file.RegularSize())
+    const std::optional<std::uint64_t> size = file.RegularSize();
+    if (!size)
     {
         reading.error = "The sidecar is not a regular file.";
         reading.fault = "not a regular file";
         return reading;
     }
     Core::FileBytes bytes;
-    if (file.ReadAll(bytes, kMaxSidecarSize))
+    // A file that tells its size is read in one go; others, such as those of the system, to their end.
+    const bool isSized = *size > 0 && *size <= kMaxSidecarSize;
+    if (isSized)
+    {
+        bytes.data = std::make_unique_for_overwrite<char[]>(*size);
+        bytes.size = file.Read(bytes.data.get(), *size);
+    }
+    if (isSized ? !file.Failed() : file.ReadAll(bytes, kMaxSidecarSize))
     {
         reading.sidecar = ParseSidecar(bytes.View(), &reading.error);
     }

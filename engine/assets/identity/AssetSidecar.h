@@ -52,6 +52,7 @@ std::filesystem::path AssetPathOfSidecar(const std::filesystem::path& sidecar);
 
 /// By the name alone: `.vmeta`, in letters of either case, behind a name that has an extension of its own.
 bool IsSidecarFile(const std::filesystem::path& path);
+bool IsSidecarName(std::string_view fileName);
 
 /// Those of `<asset>.vmeta`, `<asset>.materials` and `<asset>.cells` that exist.
 std::vector<std::filesystem::path> ExistingSidecars(const std::filesystem::path& asset);

@@ -49,7 +49,7 @@ Platform::FileResult SetAside(const fs::path& sidecar)
 
 void WarnUnwritten(ScanEntry& entry, const std::string& error)
 {
-    WarnOfSidecar("Failed to create asset sidecar " + entry.sidecarPath + ": " + error);
+    WarnOfSidecar("Failed to create asset sidecar " + entry.SidecarFile() + ": " + error);
     entry.fault = error;
 }
 
@@ -63,13 +63,13 @@ bool IsLink(const std::string& path)
 /// then tells whether to write.
 bool LoadSidecar(ScanEntry& entry, const MountedRoot& root, bool& mayWrite)
 {
-    SidecarReading reading = ReadSidecarFile(entry.sidecarPath);
+    SidecarReading reading = ReadSidecarFile(entry.SidecarFile());
     if (reading.sidecar)
     {
         entry.sidecar = std::move(reading.sidecar);
         return true;
     }
-    WarnOfSidecar("Ignoring unreadable asset sidecar " + entry.sidecarPath + ": " + reading.error +
+    WarnOfSidecar("Ignoring unreadable asset sidecar " + entry.SidecarFile() + ": " + reading.error +
                   (root.IsWritable() ? " A new identity is assigned." : ""));
     if (!reading.fault.empty())
     {
@@ -78,14 +78,14 @@ bool LoadSidecar(ScanEntry& entry, const MountedRoot& root, bool& mayWrite)
         entry.isProvisional = true;
         mayWrite = false;
     }
-    else if (mayWrite && IsLink(entry.sidecarPath))
+    else if (mayWrite && IsLink(entry.SidecarFile()))
     {
         entry.fault = std::move(reading.error);
         mayWrite = false;
     }
-    else if (mayWrite && Platform::PathExists(entry.sidecarPath))
+    else if (mayWrite && Platform::PathExists(entry.SidecarFile()))
     {
-        const Platform::FileResult freed = SetAside(entry.sidecarPath);
+        const Platform::FileResult freed = SetAside(entry.SidecarFile());
         mayWrite = freed.Succeeded();
         if (!mayWrite)
         {
@@ -118,7 +118,7 @@ bool OrphanSidecars::Follow(ScanEntry& entry)
         return false;
     }
     Orphan& orphan = found->front();
-    if (!Platform::MoveToFreeName(orphan.path, entry.sidecarPath).Succeeded())
+    if (!Platform::MoveToFreeName(orphan.path, entry.SidecarFile()).Succeeded())
     {
         return false;
     }
@@ -159,7 +159,7 @@ Core::Guid PathDerivedGuid(const MountedRoot& root, std::string_view pathKey)
 
 void LoadOrCreateSidecar(ScanEntry& entry, const MountedRoot& root, OrphanSidecars* orphans)
 {
-    const bool hasPlace = root.IsWritable() && root.Contains(entry.key);
+    const bool hasPlace = root.IsWritable() && root.Contains(entry.Key());
     bool mayWrite = hasPlace;
     if (entry.hasSidecarFile && LoadSidecar(entry, root, mayWrite))
     {
@@ -170,12 +170,12 @@ void LoadOrCreateSidecar(ScanEntry& entry, const MountedRoot& root, OrphanSideca
     {
         return;
     }
-    entry.sidecar = MakeDefaultSidecar(entry.kind, entry.path, PathDerivedGuid(root, entry.key));
+    entry.sidecar = MakeDefaultSidecar(entry.kind, entry.path, PathDerivedGuid(root, entry.Key()));
     entry.sidecar->version = hasPlace ? AssetSidecar::kVersion : 0;
     std::string error;
     if (mayWrite)
     {
-        entry.hasSidecarFile = WriteSidecar(entry.sidecarPath, *entry.sidecar, &error);
+        entry.hasSidecarFile = WriteSidecar(entry.SidecarFile(), *entry.sidecar, &error);
         if (!entry.hasSidecarFile)
         {
             WarnUnwritten(entry, error);
@@ -188,12 +188,12 @@ void AssignNewIdentity(ScanEntry& entry, const MountedRoot& root)
     AssetSidecar& sidecar = *entry.sidecar;
     Warn("Duplicate asset GUID " + sidecar.guid.ToString() + " in " + entry.path +
          " (copied sidecar); assigning a new identity.");
-    const bool writes =
-        root.IsWritable() && entry.hasSidecarFile && root.Contains(entry.key) && !IsLink(entry.sidecarPath);
+    const bool writes = root.IsWritable() && entry.hasSidecarFile && root.Contains(entry.Key()) &&
+                        !IsLink(entry.SidecarFile());
     const auto renew = [&](Core::Guid& guid)
     {
         guid = writes ? Core::Guid::Generate()
-                      : Core::GuidFromName("vornu-duplicate:" + guid.ToString() + ":" + entry.key);
+                      : Core::GuidFromName("vornu-duplicate:" + guid.ToString() + ":" + entry.Key());
     };
     renew(sidecar.guid);
     for (AssetSidecarSubAsset& sub : sidecar.subAssets)
@@ -201,11 +201,11 @@ void AssignNewIdentity(ScanEntry& entry, const MountedRoot& root)
         renew(sub.guid);
     }
     std::string error;
-    if (writes && !WriteSidecar(entry.sidecarPath, sidecar, &error))
+    if (writes && !WriteSidecar(entry.SidecarFile(), sidecar, &error))
     {
         entry.fault = error;
         entry.isProvisional = true;
-        Warn("Failed to rewrite duplicate asset sidecar " + entry.sidecarPath + ": " + error);
+        Warn("Failed to rewrite duplicate asset sidecar " + entry.SidecarFile() + ": " + error);
     }
 }
 
@@ -221,8 +221,8 @@ void ResolveDuplicates(std::vector<ScanEntry>& entries, const MountedRoot& root,
         {
             continue;
         }
-        const std::string* const lastKey = lastPathKeys.Find(entries[i].sidecar->guid);
-        const bool wasHere = lastKey != nullptr && *lastKey == entries[i].key;
+        const std::uint64_t* const lastKey = lastPathKeys.Find(entries[i].sidecar->guid);
+        const bool wasHere = lastKey != nullptr && *lastKey == Core::KeyedHash(entries[i].Key());
         const std::size_t loser = wasHere ? std::exchange(*holder, i) : i;
         AssignNewIdentity(entries[loser], root);
         holders.Emplace(entries[loser].sidecar->guid, loser);

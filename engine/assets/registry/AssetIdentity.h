@@ -29,7 +29,7 @@ struct MountedRoot
 
 // What a registry remembers of earlier scans.
 using StampByGuid = Core::OrderedMap<Core::Guid, std::uint64_t, Core::GuidHash>;
-using PathKeyByGuid = Core::OrderedMap<Core::Guid, std::string, Core::GuidHash>;
+using PathKeyByGuid = Core::OrderedMap<Core::Guid, std::uint64_t, Core::GuidHash>; // `KeyedHash` of the key
 
 /// Sidecars whose asset wasn't found, to be matched with renamed files. They are read when a file first asks.
 class OrphanSidecars

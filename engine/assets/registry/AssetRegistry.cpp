@@ -251,7 +251,8 @@ std::optional<AssetSidecar> AssetRegistry::FindSidecar(const fs::path& path) con
 std::optional<fs::path> AssetRegistry::SourceOfSubGuid(const Core::Guid& guid) const
 {
     const std::shared_lock lock(state_->mutex);
-    return Copied(state_->tables.SourceOfSubGuid(guid));
+    const std::string_view source = state_->tables.SourceOfSubGuid(guid);
+    return source.empty() ? std::nullopt : std::optional(fs::path(source));
 }
 
 std::vector<AssetRegistry::RecordPointer> AssetRegistry::ListRecords() const
@@ -259,10 +260,7 @@ std::vector<AssetRegistry::RecordPointer> AssetRegistry::ListRecords() const
     std::vector<RecordPointer> list;
     {
         const std::shared_lock lock(state_->mutex);
-        for (const auto& [id, record] : state_->tables.Records())
-        {
-            list.push_back(record);
-        }
+        list = state_->tables.Records(AssetKind::Unknown);
     }
     std::sort(list.begin(), list.end(),
               [](const RecordPointer& a, const RecordPointer& b)
@@ -273,15 +271,10 @@ std::vector<AssetRegistry::RecordPointer> AssetRegistry::ListRecords() const
 std::vector<AssetRegistry::RecordPointer> AssetRegistry::ListRecordsOfKind(AssetKind kind) const
 {
     std::vector<RecordPointer> list;
+    if (kind != AssetKind::Unknown) // no asset is
     {
         const std::shared_lock lock(state_->mutex);
-        for (const auto& [id, record] : state_->tables.Records())
-        {
-            if (record->kind == kind)
-            {
-                list.push_back(record);
-            }
-        }
+        list = state_->tables.Records(kind);
     }
     std::sort(list.begin(), list.end(),
               [](const RecordPointer& a, const RecordPointer& b) {

@@ -53,6 +53,12 @@ std::uint64_t StampOf(const std::optional<Platform::FileStamp>& file)
     return stamp != 0 ? stamp : 1;
 }
 
+/// The key of a path if it is another text.
+std::string OtherKey(const std::string& path)
+{
+    return path.find('\\') == std::string::npos ? std::string() : Platform::NormalizedCaseKey(path);
+}
+
 class ContentScan
 {
 public:
@@ -70,22 +76,26 @@ public:
 private:
     struct FoundSidecar
     {
-        std::string assetKey;
         std::string path;
+        std::string otherKey; // empty where the key is the path
+
+        std::string_view AssetKey() const
+        {
+            const std::string_view key = otherKey.empty() ? path : otherKey;
+            return key.substr(0, key.size() - kSidecarExtension.size());
+        }
     };
 
     /// The name comes first, as most files are neither and need no further look.
     void Visit(const Platform::FolderEntry& found)
     {
-        const fs::path name = found.Name();
-        const bool isSidecar = IsSidecarFile(name);
-        const AssetKind kind = isSidecar ? AssetKind::Unknown : KindFromExtension(name);
+        const std::string_view name = found.Name();
+        const bool isSidecar = IsSidecarName(name);
+        const AssetKind kind = isSidecar ? AssetKind::Unknown : KindFromName(name);
         if (isSidecar)
         {
             // Whatever it is, it has the name; who reads it finds out.
-            std::string key = Platform::NormalizedCaseKey(found.Path());
-            key.resize(key.size() - kSidecarExtension.size());
-            sidecars_.push_back({std::move(key), found.Path()});
+            sidecars_.push_back({found.Path(), OtherKey(found.Path())});
             return;
         }
         int error = 0;
@@ -130,11 +140,9 @@ private:
     {
         ScanEntry& entry = scan_.entries.emplace_back();
         entry.path = found.Path();
-        entry.key = Platform::NormalizedCaseKey(found.Path());
+        entry.otherKey = OtherKey(found.Path());
         entry.kind = kind;
         entry.contentStamp = StampOf(found.ReadStamp());
-        entry.sidecarPath = found.Path();
-        entry.sidecarPath += kSidecarExtension;
     }
 
     void SortEntries()
@@ -142,16 +150,16 @@ private:
         std::vector<ScanEntry>& entries = scan_.entries;
         std::sort(entries.begin(), entries.end(),
                   [](const ScanEntry& a, const ScanEntry& b)
-                  { return std::tie(a.key, a.path) < std::tie(b.key, b.path); });
+                  { return std::tie(a.Key(), a.path) < std::tie(b.Key(), b.path); });
         // A link and the file that it leads to are one asset.
         const auto isRepeated = [](const ScanEntry& first, const ScanEntry& second)
         {
-            if (first.key == second.key && first.path != second.path)
+            if (first.Key() == second.Key() && first.path != second.path)
             {
                 Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning,
                           "Ignoring asset file " + second.path + ", which can't be told from " + first.path);
             }
-            return first.key == second.key;
+            return first.Key() == second.Key();
         };
         entries.erase(std::unique(entries.begin(), entries.end(), isRepeated), entries.end());
     }
@@ -163,21 +171,27 @@ private:
         // is the first one this way, as lower case is behind upper case.
         std::sort(sidecars_.begin(), sidecars_.end(),
                   [](const FoundSidecar& a, const FoundSidecar& b)
-                  { return std::tie(a.assetKey, b.path) < std::tie(b.assetKey, a.path); });
+                  {
+                      const int order = a.AssetKey().compare(b.AssetKey());
+                      return order < 0 || (order == 0 && b.path < a.path);
+                  });
         const auto isRepeated = [](const FoundSidecar& a, const FoundSidecar& b)
-        { return a.assetKey == b.assetKey; };
+        { return a.AssetKey() == b.AssetKey(); };
         sidecars_.erase(std::unique(sidecars_.begin(), sidecars_.end(), isRepeated), sidecars_.end());
 
         auto next = sidecars_.begin();
         for (ScanEntry& entry : scan_.entries)
         {
-            for (; next != sidecars_.end() && next->assetKey < entry.key; ++next)
+            for (; next != sidecars_.end() && next->AssetKey() < entry.Key(); ++next)
             {
                 scan_.orphans.emplace_back(std::move(next->path));
             }
-            if (next != sidecars_.end() && next->assetKey == entry.key)
+            if (next != sidecars_.end() && next->AssetKey() == entry.Key())
             {
-                entry.sidecarPath = std::move(next->path);
+                if (!next->path.ends_with(kSidecarExtension) || !next->path.starts_with(entry.path))
+                {
+                    entry.otherSidecarPath = std::move(next->path);
+                }
                 entry.hasSidecarFile = true;
                 ++next;
             }
@@ -217,12 +231,12 @@ ScanEntry MakeScanEntry(AssetKind kind, const fs::path& path)
 {
     ScanEntry entry;
     entry.path = Platform::CanonicalPath(path);
-    entry.key = Platform::NormalizedCaseKey(entry.path);
+    entry.otherKey = OtherKey(entry.path);
     entry.kind = kind;
     entry.contentStamp = ContentStamp(entry.path);
-    entry.sidecarPath = SidecarPath(entry.path);
     std::error_code ignored; // what can't be told will show when it is read
-    entry.hasSidecarFile = fs::symlink_status(entry.sidecarPath, ignored).type() != fs::file_type::not_found;
+    entry.hasSidecarFile =
+        fs::symlink_status(entry.SidecarFile(), ignored).type() != fs::file_type::not_found;
     return entry;
 }
 

@@ -16,17 +16,23 @@ namespace Vornu::Assets
 /// more, which would be most of the memory and of the time of a scan.
 struct ScanEntry
 {
-    std::string path; // canonical
-    std::string key;
+    std::string path;     // canonical
+    std::string otherKey; // empty where the key is the path
     AssetKind kind = AssetKind::Unknown;
     std::uint64_t contentStamp = 0;
-    std::string sidecarPath;
+    std::string otherSidecarPath; // empty where the usual name counts
     bool hasSidecarFile = false;
     std::optional<AssetSidecar> sidecar; // once the entry has its identity
     /// Why the sidecar file doesn't hold that identity although it should; empty if it does.
     std::string fault;
     /// Another run may give the file another identity, so that no file may hold this one.
     bool isProvisional = false;
+
+    const std::string& Key() const noexcept { return otherKey.empty() ? path : otherKey; }
+    std::string SidecarFile() const
+    {
+        return otherSidecarPath.empty() ? path + std::string(kSidecarExtension) : otherSidecarPath;
+    }
 };
 
 /// A sub-asset on its way into a registry. An empty `child` stands for the source.

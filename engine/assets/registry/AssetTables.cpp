@@ -8,6 +8,7 @@
 #include "engine/core/logging/Logger.h"
 
 #include <algorithm>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -32,11 +33,11 @@ fs::path CanonicalChild(const fs::path& child)
 bool WriteOrWarn(const SidecarEntry& entry)
 {
     std::string error;
-    if (WriteSidecar(entry.sidecarPath, entry.sidecar, &error))
+    if (WriteSidecar(entry.SidecarFile(), entry.sidecar, &error))
     {
         return true;
     }
-    Warn("Failed to write asset sidecar " + entry.sidecarPath + ": " + error);
+    Warn("Failed to write asset sidecar " + entry.SidecarFile() + ": " + error);
     return false;
 }
 
@@ -67,9 +68,9 @@ void AssetTables::Refresh()
 {
     ++revision_;
     std::vector<AssetId> gone;
-    for (const auto& [id, record] : records_)
+    for (const auto& [id, cell] : records_)
     {
-        if (!record->isBuiltin)
+        if (!cell.isBuiltin)
         {
             gone.push_back(id);
         }
@@ -77,6 +78,9 @@ void AssetTables::Refresh()
     std::for_each(gone.begin(), gone.end(), [&](AssetId id) { RemoveRecord(id); });
     sidecarByPathKey_.Clear();
     sourcePathBySubGuid_.Clear();
+    idByPathKey_.Clear();
+    pathKeyById_.Clear();
+    texts_.Clear();
     unread_ = {};
     provisional_.clear();
     if (root_.path.empty() || !Platform::PathExists(root_.path))
@@ -118,7 +122,7 @@ AssetId AssetTables::RegisterFile(AssetKind kind, const fs::path& path)
     {
         AssignNewIdentity(entry, root_);
     }
-    const SidecarEntry* const known = FindSidecar(entry.key);
+    const SidecarEntry* const known = FindSidecar(entry.Key());
     if (known != nullptr && known->sidecar.guid == entry.sidecar->guid)
     {
         entry.sidecar->subAssets = known->sidecar.subAssets;
@@ -134,8 +138,8 @@ bool AssetTables::BelongsToAnotherFile(const ScanEntry& entry) const
     {
         return false;
     }
-    const std::string* const key = pathKeyById_.Find(id);
-    return (key == nullptr || *key != entry.key) && Platform::PathExists(record->path);
+    const std::string_view* const key = pathKeyById_.Find(id);
+    return (key == nullptr || *key != entry.Key()) && Platform::PathExists(record->path);
 }
 
 /// Growing tables of whole records step by step would move each of them several times.
@@ -146,42 +150,43 @@ void AssetTables::ReserveFiles(std::size_t count)
             lastStampByGuid_);
 }
 
+/// The text that the tables share for a key.
+std::string_view AssetTables::KeepKey(std::string_view key)
+{
+    const std::size_t known = sidecarByPathKey_.PositionOf(key);
+    return known != sidecarByPathKey_.kNoPosition ? sidecarByPathKey_.EntryAt(known).first : texts_.Keep(key);
+}
+
 AssetId AssetTables::AddFile(ScanEntry entry)
 {
-    const AssetSidecar& sidecar = *entry.sidecar;
+    AssetSidecar& sidecar = *entry.sidecar;
     if (!entry.fault.empty())
     {
-        unread_.Add(entry.sidecarPath, entry.fault);
+        unread_.Add(entry.SidecarFile(), entry.fault);
     }
-    AssetRecord record;
-    record.guid = sidecar.guid;
-    record.id = AllocateAssetId(sidecar.guid);
-    record.kind = entry.kind;
-    record.path = entry.path;
-    record.dataPath = record.path;
-    record.name = entry.path.substr(entry.path.rfind('/') + 1);
-    const AssetId id = record.id;
-    ForgetFormerPlace(id, entry.key);
+    const AssetId id = AllocateAssetId(sidecar.guid);
+    ForgetFormerPlace(id, entry.Key());
     if (entry.isProvisional)
     {
         provisional_.insert(id);
     }
-
-    Enter(std::move(record), {entry.hasSidecarFile ? sidecar.version : 0, entry.contentStamp, {}});
-    idByPathKey_.InsertOrAssign(entry.key, id);
-    pathKeyById_.InsertOrAssign(id, entry.key);
-    lastPathKeyByGuid_.InsertOrAssign(sidecar.guid, entry.key);
+    const std::string_view key = KeepKey(entry.Key());
+    const std::string_view path = entry.otherKey.empty() ? key : texts_.Keep(entry.path);
+    Enter(id, {nullptr, entry.kind, false, sidecar.guid, path},
+          {entry.hasSidecarFile ? sidecar.version : 0, entry.contentStamp, {}});
+    idByPathKey_.InsertOrAssign(key, id);
+    pathKeyById_.InsertOrAssign(id, key);
+    lastPathKeyByGuid_.InsertOrAssign(sidecar.guid, Core::KeyedHash(key));
     if (entry.contentStamp != 0)
     {
         lastStampByGuid_.InsertOrAssign(sidecar.guid, entry.contentStamp);
     }
     for (const AssetSidecarSubAsset& sub : sidecar.subAssets)
     {
-        sourcePathBySubGuid_.InsertOrAssign(sub.guid, entry.path);
+        sourcePathBySubGuid_.InsertOrAssign(sub.guid, path);
     }
-    sidecarByPathKey_.InsertOrAssign(entry.key,
-                                     SidecarEntry{std::move(entry.path), std::move(entry.sidecarPath),
-                                                  std::move(*entry.sidecar), entry.hasSidecarFile});
+    sidecarByPathKey_.InsertOrAssign(
+        key, SidecarEntry{path, std::move(entry.otherSidecarPath), std::move(sidecar), entry.hasSidecarFile});
     return id;
 }
 
@@ -190,10 +195,10 @@ void AssetTables::ForgetFormerPlace(AssetId id, const std::string& key)
 {
     if (records_.Contains(id))
     {
-        const std::string* const known = pathKeyById_.Find(id);
+        const std::string_view* const known = pathKeyById_.Find(id);
         if (known != nullptr && *known != key)
         {
-            const std::string oldKey = *known;
+            const std::string_view oldKey = *known;
             RemoveSubAssets(oldKey);
             sidecarByPathKey_.Erase(oldKey);
         }
@@ -206,27 +211,67 @@ void AssetTables::ForgetFormerPlace(AssetId id, const std::string& key)
     }
 }
 
+void AssetTables::Enter(AssetId id, RecordCell cell, FileFacts facts)
+{
+    idByGuid_.InsertOrAssign(cell.guid, id);
+    facts_.InsertOrAssign(id, std::move(facts));
+    records_.InsertOrAssign(id, std::move(cell));
+    ++revision_;
+}
+
 void AssetTables::Enter(AssetRecord record, FileFacts facts)
 {
+    RecordCell cell{nullptr, record.kind, record.isBuiltin, record.guid, {}};
     const AssetId id = record.id;
-    idByGuid_.InsertOrAssign(record.guid, id);
-    facts_.InsertOrAssign(id, std::move(facts));
-    records_.InsertOrAssign(id, std::make_shared<const AssetRecord>(std::move(record)));
-    ++revision_;
+    cell.made = std::make_shared<const AssetRecord>(std::move(record));
+    Enter(id, std::move(cell), std::move(facts));
+}
+
+AssetTables::RecordPointer AssetTables::Made(AssetId id, const RecordCell& cell)
+{
+    // Readers hold the registry's lock together.
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    if (!cell.made)
+    {
+        AssetRecord record;
+        record.id = id;
+        record.kind = cell.kind;
+        record.guid = cell.guid;
+        record.path = cell.path;
+        record.dataPath = record.path;
+        record.name = cell.path.substr(cell.path.rfind('/') + 1);
+        cell.made = std::make_shared<const AssetRecord>(std::move(record));
+    }
+    return cell.made;
+}
+
+std::vector<AssetTables::RecordPointer> AssetTables::Records(AssetKind kind) const
+{
+    std::vector<RecordPointer> list;
+    for (const auto& [id, cell] : records_)
+    {
+        if (kind == AssetKind::Unknown || cell.kind == kind)
+        {
+            list.push_back(Made(id, cell));
+        }
+    }
+    return list;
 }
 
 void AssetTables::RemoveRecord(AssetId id)
 {
-    const RecordPointer record = FindRecord(id);
-    if (!record)
+    const RecordCell* const cell = records_.Find(id);
+    if (cell == nullptr)
     {
         return;
     }
-    if (FindByGuid(record->guid) == id)
+    const Core::Guid guid = cell->guid;
+    if (FindByGuid(guid) == id)
     {
-        idByGuid_.Erase(record->guid);
+        idByGuid_.Erase(guid);
     }
-    if (const std::string* const key = pathKeyById_.Find(id))
+    if (const std::string_view* const key = pathKeyById_.Find(id))
     {
         if (FindByPathKey(*key) == id)
         {
@@ -358,7 +403,7 @@ std::vector<Core::Guid> AssetTables::GuidsOfSubAssets(SidecarEntry& source, cons
     {
         for (const auto& [id, dataKey] : *records)
         {
-            list.NoteLive((*records_.Find(id))->subKey);
+            list.NoteLive(records_.Find(id)->made->subKey);
         }
     }
     std::vector<Core::Guid> guids;
@@ -371,7 +416,7 @@ std::vector<Core::Guid> AssetTables::GuidsOfSubAssets(SidecarEntry& source, cons
     if (list.HasChanged() && root_.IsWritable() && source.hasSidecarFile && root_.Contains(sourceKey) &&
         !WriteOrWarn(source))
     {
-        unread_.Add(source.sidecarPath, "the identities of its parts could not be written");
+        unread_.Add(source.SidecarFile(), "the identities of its parts could not be written");
     }
     return guids;
 }
@@ -394,8 +439,8 @@ bool AssetTables::SetFileSetting(std::string_view pathKey, std::string_view key,
 
 AssetTables::RecordPointer AssetTables::FindRecord(AssetId id) const
 {
-    const RecordPointer* const record = records_.Find(id);
-    return record == nullptr ? nullptr : *record;
+    const RecordCell* const cell = records_.Find(id);
+    return cell == nullptr ? nullptr : Made(id, *cell);
 }
 
 AssetId AssetTables::FindByGuid(const Core::Guid& guid) const
@@ -432,9 +477,10 @@ const SidecarEntry* AssetTables::FindSidecar(std::string_view pathKey) const
     return sidecarByPathKey_.Find(pathKey);
 }
 
-const std::string* AssetTables::SourceOfSubGuid(const Core::Guid& guid) const
+std::string_view AssetTables::SourceOfSubGuid(const Core::Guid& guid) const
 {
-    return sourcePathBySubGuid_.Find(guid);
+    const std::string_view* const path = sourcePathBySubGuid_.Find(guid);
+    return path == nullptr ? std::string_view() : *path;
 }
 
 AssetId
@@ -448,7 +494,7 @@ AssetTables::FindSubAsset(std::string_view sourceKey, AssetKind kind,
     }
     for (const auto& [id, dataKey] : *records)
     {
-        const AssetRecord& record = **records_.Find(id);
+        const AssetRecord& record = *records_.Find(id)->made;
         if ((kind == AssetKind::Unknown || record.kind == kind) && matches(record, dataKey))
         {
             return id;

@@ -24,8 +24,9 @@ AssetId PathHashTable::Find(std::uint64_t number, const AssetTables& tables,
 void PathHashTable::Build(const AssetTables& tables, const std::vector<std::filesystem::path>& otherRoots)
 {
     idByHash_.Clear();
-    for (const auto& [id, record] : tables.Records())
+    for (const AssetTables::RecordPointer& record : tables.Records(AssetKind::Unknown))
     {
+        const AssetId id = record->id;
         if (record->isBuiltin || record->path.empty())
         {
             continue;
