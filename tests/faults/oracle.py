@@ -134,10 +134,12 @@ class Oracle:
         for line in complaints:
             self.require("changed on disk" not in line and "hangs" not in line, f"misleading: {line}")
         if expected == 1 and complaints[0].startswith("FAILED"):
-            self.require(len(complaints) == 1, f"one fault failed more than one file: {complaints}")
+            # A part of the content that isn't known is missing for every file that may refer to it.
+            of_content = all(": the content folder could not be read whole: " in line for line in complaints)
+            self.require(len(complaints) == 1 or of_content, f"one fault failed more than one file: {complaints}")
             missing = self.missing_inputs()
             alone = complaints[0].startswith("FAILED   run")
-            self.require(len(missing) <= 1 or alone, f"not converted: {missing}")
+            self.require(len(missing) <= len(complaints) or alone, f"not converted: {missing}")
 
     def missing_inputs(self):
         after = self.outcome.after

@@ -92,13 +92,14 @@ private:
         std::string error;
         const Platform::ReadFaultWatch faults(assets_.RootPath());
         const UnreadContentCheck unread(assets_);
-        if (!Scene::Legacy::Load(input_, scene, assets_, &error))
-        {
-            return Fail("legacy read failed: " + error);
-        }
+        const bool isLoaded = Scene::Legacy::Load(input_, scene, assets_, &error);
         if (std::string fault = unread.Fault(); !fault.empty())
         {
             return Fail(std::move(fault));
+        }
+        if (!isLoaded)
+        {
+            return Fail("legacy read failed: " + error);
         }
         // The reader goes on without an asset that it can't look at, and the reference to it would be lost.
         if (const std::string fault = faults.First(); !fault.empty())

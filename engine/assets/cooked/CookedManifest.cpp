@@ -174,7 +174,7 @@ std::string ReadManifestLine(std::string_view line, CookedManifest& manifest)
 }
 
 /// A device may never end, and a line of a broken file may take all memory.
-bool HasReadableSize(const Core::InputFile& file)
+bool HasReadableSize(Core::InputFile& file)
 {
     const std::optional<std::uint64_t> size = file.RegularSize();
     return size && *size <= kMaxManifestSize;

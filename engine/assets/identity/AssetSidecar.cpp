@@ -272,7 +272,7 @@ SidecarReading ReadSidecarFile(const fs::path& path)
         return reading;
     }
     const std::optional<std::uint64_t> size = file.RegularSize();
-    if (!size)
+    if (!size && !file.Failed())
     {
         reading.error = "The sidecar is not a regular file.";
         reading.fault = "not a regular file";
@@ -280,7 +280,7 @@ SidecarReading ReadSidecarFile(const fs::path& path)
     }
     Core::FileBytes bytes;
     // A file that tells its size is read in one go; others, such as those of the system, to their end.
-    const bool isSized = *size > 0 && *size <= kMaxSidecarSize;
+    const bool isSized = size && *size > 0 && *size <= kMaxSidecarSize;
     if (isSized)
     {
         bytes.data = std::make_unique_for_overwrite<char[]>(*size);

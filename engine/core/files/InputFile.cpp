@@ -93,11 +93,19 @@ bool InputFile::ReadAll(FileBytes& out, std::uint64_t limit)
     return out.size <= limit && !Failed();
 }
 
-std::optional<std::uint64_t> InputFile::RegularSize() const noexcept
+std::optional<std::uint64_t> InputFile::RegularSize()
 {
     struct stat status = {};
-    const bool sized = ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
-    return sized ? std::optional(static_cast<std::uint64_t>(status.st_size)) : std::nullopt;
+    while (::fstat(descriptor_, &status) != 0)
+    {
+        if (errno != EINTR)
+        {
+            error_ = error_ != 0 ? error_ : errno;
+            Platform::NoteReadFault(path_, errno);
+            return std::nullopt;
+        }
+    }
+    return S_ISREG(status.st_mode) ? std::optional(static_cast<std::uint64_t>(status.st_size)) : std::nullopt;
 }
 
 void InputFile::Rewind()

@@ -48,8 +48,9 @@ public:
     /// come or a regular file has more, for which no memory is taken.
     bool ReadAll(FileBytes& out, std::uint64_t limit = kNoLimit);
 
-    /// The size of a regular file; nothing for anything else, and if the system can't tell.
-    std::optional<std::uint64_t> RegularSize() const noexcept;
+    /// The size of a regular file; nothing for anything else, and if the system can't tell, which is a failed
+    /// read.
+    std::optional<std::uint64_t> RegularSize();
 
     /// Goes back to the first byte. What has failed before stays so.
     void Rewind();
