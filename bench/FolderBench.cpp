@@ -12,6 +12,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -48,9 +49,10 @@ void MakeContent(const fs::path& root, std::size_t files)
     }
 }
 
-DIR* OpenFolder(const std::string& path)
+DIR* OpenFolder(int parent, const char* name)
 {
-    DIR* const folder = ::opendir(path.c_str());
+    const int descriptor = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    DIR* const folder = descriptor < 0 ? nullptr : ::fdopendir(descriptor);
     if (folder == nullptr)
     {
         throw std::runtime_error("can't open a folder");
@@ -58,26 +60,11 @@ DIR* OpenFolder(const std::string& path)
     return folder;
 }
 
-std::size_t ReadWholeFile(const char* path)
-{
-    const int descriptor = ::open(path, O_RDONLY | O_CLOEXEC);
-    std::array<char, 4096> buffer;
-    std::size_t size = 0;
-    ssize_t count = 0;
-    while (descriptor >= 0 && (count = ::read(descriptor, buffer.data(), buffer.size())) > 0)
-    {
-        size += static_cast<std::size_t>(count);
-    }
-    ::close(descriptor);
-    return size;
-}
-
-/// Counts the files below a folder for which `visit(path, name)` gives true.
+/// Counts the files below an open folder, which it closes, for which `visit(folder, name)` gives true.
 template<class Visit>
-std::size_t CountFiles(std::string& path, Visit visit)
+std::size_t CountFiles(DIR* folder, Visit visit)
 {
-    DIR* const folder = OpenFolder(path);
-    const std::size_t length = path.size();
+    const int descriptor = ::dirfd(folder);
     std::size_t count = 0;
     while (const dirent* const entry = ::readdir(folder))
     {
@@ -86,55 +73,72 @@ std::size_t CountFiles(std::string& path, Visit visit)
         {
             continue;
         }
-        path.append("/").append(name);
         if (entry->d_type == DT_DIR)
         {
-            count += CountFiles(path, visit);
+            count += CountFiles(OpenFolder(descriptor, entry->d_name), visit);
         }
         else
         {
-            count += visit(path.c_str(), name) ? 1 : 0;
+            count += visit(descriptor, entry->d_name) ? 1 : 0;
         }
-        path.resize(length);
     }
     ::closedir(folder);
     return count;
 }
 
 /// The least that it takes to look at the head of a file.
-bool Peek(const char* path, std::string_view)
+bool Peek(int folder, const char* name)
 {
     std::array<char, 4096> buffer;
-    const int descriptor = ::open(path, O_RDONLY | O_CLOEXEC);
+    const int descriptor = ::openat(folder, name, O_RDONLY | O_CLOEXEC);
     const bool isRead = ::read(descriptor, buffer.data(), buffer.size()) > 0;
     ::close(descriptor);
     return isRead;
 }
 
-/// The least that a mount has to ask of the system about a file: size and time, and the bytes of a sidecar.
-/// Counts the other files.
-bool Examine(const char* path, std::string_view name)
+/// The least that a mount has to ask of the system about a file: the time and size of an asset, and the bytes
+/// of a sidecar. Counts the assets.
+bool Examine(int folder, const char* name)
 {
     struct stat status = {};
-    if (::stat(path, &status) != 0)
+    if (!std::string_view(name).ends_with(".vmeta"))
     {
-        throw std::runtime_error("can't examine a file");
-    }
-    if (!name.ends_with(".vmeta"))
-    {
+        if (::fstatat(folder, name, &status, 0) != 0)
+        {
+            throw std::runtime_error("can't examine a file");
+        }
         return true;
     }
-    if (ReadWholeFile(path) != static_cast<std::size_t>(status.st_size))
+    std::array<char, 4096> buffer;
+    const int descriptor = ::openat(folder, name, O_RDONLY | O_CLOEXEC);
+    if (::fstat(descriptor, &status) != 0 ||
+        ::read(descriptor, buffer.data(), buffer.size()) != status.st_size)
     {
         throw std::runtime_error("can't read a sidecar");
     }
+    ::close(descriptor);
     return false;
 }
 
-std::chrono::nanoseconds TimeOf(std::string_view step, std::string folder, std::size_t files)
+/// The most memory that the process has had so far, in bytes.
+long long PeakMemory()
+{
+    struct rusage usage = {};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss * 1024LL;
+}
+
+struct Figures
+{
+    long long nanoseconds = 0;
+    long long memory = 0; // by which the peak rose
+};
+
+Figures Measure(std::string_view step, const std::string& folder, std::size_t files)
 {
     Assets::AssetRegistry registry;
     std::size_t found = 0;
+    const long long memory = PeakMemory();
     const auto start = std::chrono::steady_clock::now();
     if (step == "mount")
     {
@@ -142,25 +146,26 @@ std::chrono::nanoseconds TimeOf(std::string_view step, std::string folder, std::
     }
     else
     {
-        found = CountFiles(folder, step == "walk" ? &Examine : &Peek);
+        found = CountFiles(OpenFolder(AT_FDCWD, folder.c_str()), step == "walk" ? &Examine : &Peek);
     }
     const std::chrono::nanoseconds taken = std::chrono::steady_clock::now() - start;
+    const Figures figures{taken.count(), PeakMemory() - memory};
     if (step == "mount")
     {
-        found = registry.ListRecords().size();
+        found = registry.ListRecords().size(); // takes memory of its own
     }
     if (found != files)
     {
         throw std::runtime_error("files are missing");
     }
-    return taken;
+    return figures;
 }
 
 } // namespace
 } // namespace Vornu::Bench
 
-/// Makes a content folder, or does one step with it and prints the nanoseconds that it took. Every mount is
-/// the first one of a process, as it is for the program.
+/// Makes a content folder, or does one step with it and prints the nanoseconds that it took and the bytes by
+/// which the peak of memory rose. Every mount is the first one of a process, as it is for the program.
 int main(int argc, char** argv)
 {
     if (argc != 4)
@@ -175,6 +180,7 @@ int main(int argc, char** argv)
         Vornu::Bench::MakeContent(argv[2], files);
         return 0;
     }
-    std::printf("%lld\n", static_cast<long long>(Vornu::Bench::TimeOf(step, argv[2], files).count()));
+    const Vornu::Bench::Figures figures = Vornu::Bench::Measure(step, argv[2], files);
+    std::printf("%lld %lld\n", figures.nanoseconds, figures.memory);
     return 0;
 }

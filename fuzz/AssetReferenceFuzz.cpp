@@ -24,7 +24,7 @@ AssetRegistry& Registry()
             Fuzz::WriteBytes(root / name, {});
         }
         registry.Mount(root, Assets::AssetMountMode::ReadOnly);
-        registry.RegisterBuiltin("Builtin/Cube", Assets::AssetKind::Mesh);
+        registry.RegisterBuiltin(Assets::AssetKind::Mesh, "Builtin/Cube");
         registry.RegisterSubAsset(Assets::AssetKind::Mesh, root / "Sub/Hero.fbx",
                                   root / "Cache/12_Body.vmesh", "Body", "Body");
         return true;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace Vornu::Core
@@ -64,11 +65,31 @@ inline std::uint64_t KeyedHash(std::uint64_t first, std::uint64_t second) noexce
     return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 }
 
-/// Hash of texts for unordered containers; finds `std::string` keys by `std::string_view`.
+/// The same of a text.
+inline std::uint64_t KeyedHash(std::string_view text) noexcept
+{
+    std::uint64_t words[2] = {text.size(), 0};
+    std::uint64_t hash = KeyedHash(words[0], words[1]);
+    while (text.size() > sizeof(words))
+    {
+        std::memcpy(words, text.data(), sizeof(words));
+        hash = KeyedHash(hash ^ words[0], words[1]);
+        text.remove_prefix(sizeof(words));
+    }
+    words[0] = 0;
+    words[1] = 0;
+    if (!text.empty())
+    {
+        std::memcpy(words, text.data(), text.size());
+    }
+    return KeyedHash(hash ^ words[0], words[1]);
+}
+
+/// Hash of texts for containers, keyed as that of GUIDs is; finds `std::string` keys by `std::string_view`.
 struct TextHash
 {
     using is_transparent = void;
-    std::size_t operator()(std::string_view text) const noexcept { return Fnv1a(text); }
+    std::size_t operator()(std::string_view text) const noexcept { return KeyedHash(text); }
 };
 
 } // namespace Vornu::Core

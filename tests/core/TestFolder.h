@@ -11,7 +11,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace Vornu::Test
 {
@@ -64,6 +69,27 @@ public:
 
 private:
     std::filesystem::path path_;
+};
+
+/// Folders in each other, so deep that the system takes no path to the lower ones: a part of a tree that not
+/// even root reads by its path.
+class DeepFolder
+{
+public:
+    static constexpr std::size_t kNameLength = 250;
+
+    explicit DeepFolder(const std::filesystem::path& parent)
+    {
+        const std::string name(kNameLength, 'd');
+        int folder = ::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        for (int depth = 0; depth < 20; ++depth)
+        {
+            ::mkdirat(folder, name.c_str(), 0755);
+            const int next = ::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+            ::close(std::exchange(folder, next));
+        }
+        ::close(folder);
+    }
 };
 
 /// Sets or, without a value, removes an environment variable for the length of a scope.

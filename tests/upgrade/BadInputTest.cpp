@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <csignal>
 #include <filesystem>
 
@@ -14,6 +15,7 @@ namespace Vornu::Upgrade
 namespace
 {
 
+using Test::DeepFolder;
 using Test::FirstLines;
 using Test::kCurrent;
 using Test::kLegacyV3;
@@ -259,18 +261,92 @@ TEST(BadInput, AFileThatFailsDoesNotStopTheRun)
     EXPECT_EQ(run.exitCode, 1);
 }
 
-TEST(BadInput, NothingIsConvertedBesideAnIdentityThatCannotBeRead)
+/// A scene of version 3 whose only entity is drawn with a material.
+std::string SceneWith(const std::string& material)
 {
+    return "scene_version 3\nentity \"\" \"Root\"\nmesh_renderer \"builtin:Cube\" \"" + material +
+           "\" \"\"\n";
+}
+
+TEST(BadInput, AnUnreadPartOfTheContentFailsTheFilesThatMayNeedIt)
+{
+    const struct
+    {
+        const char* name;
+        std::string part; // what can't be read, below the folder
+        const char* cause;
+    } rows[] = {
+        {"a sidecar that opens and fails to be read", "b.vmat.vmeta", "Input/output error"},
+        {"a sidecar without an end", "b.vmat.vmeta", "not a regular file"},
+        {"a sidecar that leads nowhere", "b.vmat.vmeta", "No such file or directory"},
+        {"a folder beyond the longest path", std::string(DeepFolder::kNameLength, 'd'), "File name too long"},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.name);
+        const TestFolder folder;
+        folder.Write("none.vscene", SceneWith(""));
+        folder.Write("good.vscene", SceneWith("content:a.vmat"));
+        folder.Write("bad.vscene",
+                     SceneWith(row.part == "b.vmat.vmeta" ? "content:b.vmat" : "content:c.vmat"));
+        folder.Write("current.vscene", kCurrent);
+        folder.Write("broken.vscene",
+                     "scene_version 6\nentity \"" + std::string(32, '1') +
+                         "\" \"E\"\nparent \"\"\ncomponent_schema \"BillboardComponent\" 1 1\n"
+                         "property \"material\" \"guid:" +
+                         std::string(32, '2') + "\"\nend_component_schema\nend_entity\n");
+        folder.Write("a.vmat", "");
+        folder.Write("b.vmat", "");
+        std::string part = (folder / row.part).string();
+        switch (row.cause[0])
+        {
+        case 'I':
+            std::filesystem::create_symlink("/proc/self/mem", part);
+            break;
+        case 'n':
+            std::filesystem::create_symlink("/dev/zero", part);
+            break;
+        case 'N':
+            std::filesystem::create_symlink("nowhere", part);
+            break;
+        default:
+            const DeepFolder deep(folder.Path());
+            while (part.size() < PATH_MAX)
+            {
+                part += "/" + row.part;
+            }
+        }
+        const std::string fault =
+            ".vscene: the content folder could not be read whole: " + part + ": " + row.cause + "\n";
+        EXPECT_EQ(RunScript(folder, "upgrade --no-backup bad.vscene good.vscene none.vscene").Text(),
+                  "upgraded good.vscene -> good.vscene (converted from scene format version 3)\n"
+                  "upgraded none.vscene -> none.vscene (converted from scene format version 3)\n"
+                  "[err] FAILED   bad" +
+                      fault + "[exit] 1");
+        EXPECT_EQ(RunScript(folder, "upgrade --verify broken.vscene current.vscene good.vscene").Text(),
+                  "verified current.vscene\nverified good.vscene\n[err] FAILED   broken" + fault +
+                      "[exit] 1");
+    }
+}
+
+TEST(BadInput, AMeshThatMemoryDoesNotSufficeForFailsEveryFileThatDrawsIt)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers need more address space than that";
+#endif
     const TestFolder folder;
-    folder.Write("a.vscene", kLegacyV3);
-    folder.Write("b.vmat", "");
-    const auto sidecar = folder / "b.vmat.vmeta";
-    std::filesystem::create_symlink("/proc/self/mem", sidecar); // opens, and fails to be read
-    EXPECT_EQ(RunScript(folder, "upgrade a.vscene").Text(),
-              "[err] FAILED   a.vscene: the content folder could not be read whole: " + sidecar.string() +
-                  ": Input/output error\n[exit] 1");
-    EXPECT_EQ(folder.List(), "a.vscene a.vscene.vmeta b.vmat b.vmat.vmeta");
-    EXPECT_EQ(folder.Read("a.vscene"), kLegacyV3);
+    folder.Write("a.vmesh", "");
+    std::filesystem::resize_file(folder / "a.vmesh", 1'500'000'000);
+    std::string failures;
+    for (const std::string name : {"1.vscene", "2.vscene"})
+    {
+        folder.Write(name,
+                     "scene_version 3\nentity \"\" \"Root\"\nmesh_renderer \"content:a.vmesh\" \"\" \"\"\n");
+        failures += "FAILED   " + name + ": legacy read failed: could not read " +
+                    (folder / "a.vmesh").string() + ": Cannot allocate memory\n";
+    }
+    EXPECT_EQ(RunScript(folder, "ulimit -v 1000000; upgrade 1.vscene 2.vscene").Text(),
+              "[err] " + failures + "[exit] 1");
 }
 
 TEST(BadInput, OutputThatCannotBeWrittenFailsTheRun)

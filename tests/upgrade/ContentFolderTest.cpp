@@ -47,6 +47,48 @@ TEST(ContentFolder, TheGivenOneOverridesTheNearest)
     }
 }
 
+TEST(ContentFolder, IsTheOneThatTheSystemFinds)
+{
+    const struct
+    {
+        const char* name;
+        const char* script;
+        bool isNear;
+    } rows[] = {
+        {"a relative path out of another project",
+         "cd Near/Content/Levels; upgrade ../../../Far/Content/Levels/a.vscene", false},
+        {"a link to the file from outside", "ln -s Near/Content/Levels/a.vscene b.vscene; upgrade b.vscene",
+         true},
+        {"a link to the file from another project",
+         "ln -s ../../Near/Content/Levels/a.vscene Far/Content/b.vscene; upgrade Far/Content/b.vscene",
+         false},
+        {"a link to the folder above", "ln -s Near/Content/Levels here; upgrade here/a.vscene", true},
+        {"back from where a link leads",
+         "ln -s ../../Near/Content/Levels Far/Content/there; upgrade --output Near/Content/out.vscene "
+         "Far/Content/there/../Levels/a.vscene",
+         true},
+        {"back from a folder",
+         "mv Far/Content Far/x; ln -s x Far/Content; upgrade Far/Content/Levels/../Levels/a.vscene", false},
+        {"given with a way back from a link",
+         "ln -s Near/Content/Levels here; upgrade --content here/.. Far/Content/Levels/a.vscene", true},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.name);
+        const TestFolder folder;
+        WriteMaterial(folder, "Near/Content", kNear);
+        WriteMaterial(folder, "Far/Content", kFar);
+        folder.Write("Near/Content/Levels/a.vscene", kScene);
+        folder.Write("Far/Content/Levels/a.vscene", kScene);
+        EXPECT_EQ(RunScript(folder, row.script).exitCode, 0);
+        const std::string converted = folder.Read("Near/Content/Levels/a.vscene") +
+                                      folder.Read("Far/Content/Levels/a.vscene") +
+                                      folder.Read("Near/Content/out.vscene");
+        EXPECT_NE(converted.find("property \"material\" \"guid:" + (row.isNear ? kNear : kFar)),
+                  std::string::npos);
+    }
+}
+
 TEST(ContentFolder, EachIsMountedOnceInARun)
 {
     const TestFolder folder;
@@ -58,7 +100,8 @@ TEST(ContentFolder, EachIsMountedOnceInARun)
     const ToolRun run = RunScript(folder, R"(unset VORNU_LOG_LEVELS
 show() { sed -n -e "s|^.*Asset manager initialized: $PWD/|mounted |p" -e 's/ ->.*//p' -e '/^verified/p'; }
 upgrade A/Content/1.vscene B/Content/1.vscene A/Content/x/2.vscene | show
-upgrade --verify A/Content/1.vscene B/Content/1.vscene A/Content/x/2.vscene | show
+ln -s Content/x A/y
+upgrade --verify A/Content/1.vscene B/Content/1.vscene A/Content/x/../x/2.vscene A/y/2.vscene | show
 upgrade --verify --content C A/Content/1.vscene B/Content/1.vscene | show)");
     EXPECT_EQ(run.Text(), R"(mounted A/Content
 upgraded A/Content/1.vscene
@@ -69,7 +112,8 @@ mounted A/Content
 verified A/Content/1.vscene
 mounted B/Content
 verified B/Content/1.vscene
-verified A/Content/x/2.vscene
+verified A/Content/x/../x/2.vscene
+verified A/y/2.vscene
 mounted C
 verified A/Content/1.vscene
 verified B/Content/1.vscene

@@ -13,6 +13,7 @@
 #include "engine/scene/files/SceneStage.h"
 #include "engine/scene/legacy/LegacyReader.h"
 #include "tools/upgrade/Classify.h"
+#include "tools/upgrade/UnreadContentCheck.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -140,7 +141,13 @@ private:
         Scene::Scene scene;
         std::string error;
         const Platform::ReadFaultWatch faults(assets_.RootPath());
-        if (!Scene::Legacy::Load(input_, scene, assets_, &error))
+        const UnreadContentCheck unread(assets_);
+        const bool isLoaded = Scene::Legacy::Load(input_, scene, assets_, &error);
+        if (std::string fault = unread.Fault(); !fault.empty())
+        {
+            return Fail(std::move(fault));
+        }
+        if (!isLoaded)
         {
             return Fail("legacy read failed: " + error);
         }

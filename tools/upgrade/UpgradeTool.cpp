@@ -1,13 +1,12 @@
 #include "tools/upgrade/UpgradeTool.h"
 
-#include "engine/core/files/Paths.h"
-#include "engine/core/files/ReadFaults.h"
 #include "engine/core/logging/Logger.h"
 #include "engine/core/system/System.h"
 #include "engine/scene/components/SceneSchema.h"
 #include "tools/upgrade/Classify.h"
 #include "tools/upgrade/CommandLine.h"
 #include "tools/upgrade/InputFiles.h"
+#include "tools/upgrade/UnreadContentCheck.h"
 #include "tools/upgrade/UpgradeFile.h"
 #include "tools/upgrade/VerifyRoundTrip.h"
 
@@ -17,7 +16,6 @@
 #include <exception>
 #include <initializer_list>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <system_error>
 
@@ -57,18 +55,6 @@ public:
 
     void Process(const std::filesystem::path& file)
     {
-        const Platform::ReadFaultWatch faults("/");
-        ProcessOrReport(file);
-        // A manager doesn't try again what it couldn't read; the next file gets a new one.
-        if (!faults.First().empty())
-        {
-            assetManagers_.clear();
-        }
-    }
-
-private:
-    void ProcessOrReport(const std::filesystem::path& file)
-    {
         try
         {
             if (commandLine_.checkOnly)
@@ -90,6 +76,7 @@ private:
         }
     }
 
+private:
     void Check(const std::filesystem::path& file)
     {
         if (const std::optional<std::string> reason = ClassifyFile(file))
@@ -108,7 +95,14 @@ private:
             return;
         }
         std::string error;
-        if (VerifyRoundTrip(file, ManagerFor(file), error))
+        Assets::AssetManager& assets = ManagerFor(file);
+        const UnreadContentCheck unread(assets);
+        const bool isStable = VerifyRoundTrip(file, assets, error);
+        if (const std::string fault = unread.Fault(); !fault.empty())
+        {
+            ReportFailure(file, fault);
+        }
+        else if (isStable)
         {
             Print("verified " + file.native() + "\n");
         }
@@ -227,49 +221,69 @@ int RunCommandLine(const CommandLine& commandLine)
     }
 }
 
+/// Absolute and without "." and "..", which leads out of the folder that a link points to. Links stay where
+/// no ".." follows them.
+std::filesystem::path AbsolutePath(const std::filesystem::path& path)
+{
+    const std::filesystem::path full = std::filesystem::absolute(path);
+    std::filesystem::path result = full.root_path();
+    for (const std::filesystem::path& name : full.relative_path())
+    {
+        if (name == "..")
+        {
+            std::error_code ignored; // of a status that can't be had; the system's own way is the safe one
+            const std::filesystem::file_status status = std::filesystem::symlink_status(result, ignored);
+            const bool isFolder = std::filesystem::is_directory(status);
+            result = (isFolder ? result : Platform::WeaklyCanonical(result)).parent_path();
+        }
+        else if (name != "." && !name.empty())
+        {
+            result /= name;
+        }
+    }
+    return result;
+}
+
+/// The nearest folder above `file` that is named "Content".
+std::optional<std::filesystem::path> ContentFolderAbove(const std::filesystem::path& file)
+{
+    for (std::filesystem::path folder = file.parent_path(); folder.has_relative_path();
+         folder = folder.parent_path())
+    {
+        if (folder.filename() == "Content")
+        {
+            return folder;
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 std::filesystem::path FindContentFolder(const std::filesystem::path& file)
 {
-    const std::filesystem::path own = std::filesystem::absolute(file).parent_path();
-    for (std::filesystem::path candidate = own; !candidate.empty();)
+    const std::filesystem::path full = AbsolutePath(file);
+    if (const std::optional<std::filesystem::path> found = ContentFolderAbove(full))
     {
-        if (candidate.filename() == "Content")
-        {
-            return candidate;
-        }
-        const std::filesystem::path parent = candidate.parent_path();
-        if (parent == candidate)
-        {
-            break;
-        }
-        candidate = parent;
+        return *found;
     }
-    return own;
+    return ContentFolderAbove(Platform::WeaklyCanonical(full)).value_or(full.parent_path());
 }
 
 Assets::AssetManager& AssetManagerFor(const std::filesystem::path& file,
                                       const std::filesystem::path& contentFolder,
                                       AssetManagers& assetManagers)
 {
-    const std::filesystem::path key =
-        contentFolder.empty() ? FindContentFolder(file) : std::filesystem::absolute(contentFolder);
+    const std::filesystem::path key = Platform::WeaklyCanonical(
+        contentFolder.empty() ? FindContentFolder(file) : AbsolutePath(contentFolder));
     const auto found = assetManagers.find(key);
     if (found != assetManagers.end())
     {
         return *found->second;
     }
-    std::error_code error;
-    const Platform::ReadFaultWatch faults(Platform::CanonicalPath(key, error));
     auto manager = std::make_unique<Assets::AssetManager>();
     manager->Initialize(key, Assets::AssetMountMode::Authoring);
     manager->PreloadProjectAssets(nullptr);
-    // What wasn't seen would be missing from every file converted with this manager.
-    const std::string fault = error ? key.native() + ": " + Platform::SystemErrorText(error) : faults.First();
-    if (!fault.empty())
-    {
-        throw std::runtime_error("the content folder could not be read whole: " + fault);
-    }
     return *assetManagers.emplace(key, std::move(manager)).first->second;
 }
 

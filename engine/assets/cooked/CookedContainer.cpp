@@ -120,7 +120,8 @@ std::optional<std::span<const std::byte>> OpenContainerOrRaw(std::span<const std
     return HasMagic(bytes) ? OpenContainer(bytes, kind, formatVersion, subject, error) : std::optional(bytes);
 }
 
-std::optional<std::vector<std::byte>> ReadWholeFile(const std::filesystem::path& path, std::string* error)
+std::optional<std::vector<std::byte>> ReadWholeFile(const std::filesystem::path& path, std::string* error,
+                                                    std::uint64_t limit)
 {
     Core::InputFile file(path);
     if (!file.IsOpen())
@@ -129,9 +130,10 @@ std::optional<std::vector<std::byte>> ReadWholeFile(const std::filesystem::path&
         return std::nullopt;
     }
     Core::FileBytes bytes;
-    if (!file.ReadAll(bytes))
+    if (!file.ReadAll(bytes, limit))
     {
-        Fail(error, "Failed to read " + path.native());
+        Fail(error, "Failed to read " + path.native() +
+                        (file.Failed() ? "" : ": it is larger than " + std::to_string(limit) + " bytes."));
         return std::nullopt;
     }
     const auto view = std::as_bytes(std::span(bytes.View()));

@@ -65,8 +65,10 @@ std::optional<std::span<const std::byte>> OpenContainerOrRaw(std::span<const std
                                                              std::uint32_t kind, std::uint32_t formatVersion,
                                                              std::string_view subject, std::string* error);
 
-/// The bytes of a file; nothing when it can't be read, `error`, where given, tells why.
-std::optional<std::vector<std::byte>> ReadWholeFile(const std::filesystem::path& path, std::string* error);
+/// The bytes of a file of at most `limit` bytes; nothing when it can't be read, `error`, where given, tells
+/// why.
+std::optional<std::vector<std::byte>> ReadWholeFile(const std::filesystem::path& path, std::string* error,
+                                                    std::uint64_t limit = ~std::uint64_t{0});
 
 /// Writes a file whole or not at all, and the folders above it. On false `error`, where given, tells why.
 bool WriteFileAtomically(const std::filesystem::path& path, std::span<const std::byte> bytes,

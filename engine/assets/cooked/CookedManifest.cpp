@@ -25,6 +25,7 @@ constexpr char kManifestName[] = "CookedAssetManifest.vmanifest";
 constexpr std::uint32_t kGuidVersion = 2;  // the first that names assets by GUID
 constexpr std::uint32_t kHashVersion = 3;  // the first with hashes and dependencies
 constexpr std::size_t kMaxReserved = 4096; // dependencies; the others arrive as lines
+constexpr std::uint64_t kMaxManifestSize = std::uint64_t{256} * 1024 * 1024;
 
 /// By kind number.
 constexpr std::string_view kKindNames[] = {"Unknown",
@@ -79,6 +80,13 @@ bool ReadHash(Core::TokenReader& tokens, std::uint64_t& hash)
     return parsed.has_value();
 }
 
+bool ReadFlag(Core::TokenReader& tokens, bool& flag)
+{
+    const std::string_view word = tokens.ReadWord();
+    flag = word == "1";
+    return flag || word == "0";
+}
+
 bool ReadIdentity(Core::TokenReader& tokens, std::uint32_t version, CookedManifestAsset& asset)
 {
     if (version < kGuidVersion)
@@ -98,7 +106,8 @@ bool ReadAsset(Core::TokenReader& tokens, std::uint32_t version, CookedManifestA
     asset.kind = KindFromName(tokens.ReadWord());
     if (!tokens.Read(asset.name) || !ReadPath(tokens, asset.firstPath) ||
         !ReadPath(tokens, asset.secondPath) || !ReadPath(tokens, asset.thirdPath) ||
-        !tokens.Read(asset.text).Read(asset.firstNumber).Read(asset.secondNumber).Read(asset.flag))
+        !tokens.Read(asset.text).Read(asset.firstNumber).Read(asset.secondNumber) ||
+        !ReadFlag(tokens, asset.flag))
     {
         return false;
     }
@@ -164,12 +173,23 @@ std::string ReadManifestLine(std::string_view line, CookedManifest& manifest)
     return {};
 }
 
+/// A device may never end, and a line of a broken file may take all memory.
+bool HasReadableSize(Core::InputFile& file)
+{
+    const std::optional<std::uint64_t> size = file.RegularSize();
+    return size && *size <= kMaxManifestSize;
+}
+
 std::string ReadManifest(const std::filesystem::path& path, CookedManifest& manifest)
 {
     Core::InputFile file(path);
     if (!file.IsOpen())
     {
         return "Failed to open cooked asset manifest: " + path.native();
+    }
+    if (!HasReadableSize(file))
+    {
+        return "Failed to read cooked asset manifest: " + path.native();
     }
     Core::LineReader lines(file);
     std::string_view line;
@@ -264,7 +284,7 @@ bool ReadRequirement(const std::filesystem::path& path)
 {
     constexpr std::string_view kRequirement = "require_cooked_scenes ";
     Core::InputFile file(path);
-    if (!file.IsOpen())
+    if (!file.IsOpen() || !HasReadableSize(file))
     {
         return false;
     }

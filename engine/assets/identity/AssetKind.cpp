@@ -44,7 +44,19 @@ constexpr std::array<KindRow, 21> kKinds = {{
 
 std::string LowerExtension(const std::filesystem::path& path)
 {
-    std::string extension = path.extension().native();
+    const std::string_view text = path.native();
+    return LowerExtensionOfName(text.substr(text.rfind('/') + 1));
+}
+
+std::string LowerExtensionOfName(std::string_view fileName)
+{
+    // What a path calls an extension: a leading dot starts none, nor do the names of folders.
+    const std::size_t dot = fileName.rfind('.');
+    if (dot == std::string_view::npos || dot == 0 || fileName == "..")
+    {
+        return {};
+    }
+    std::string extension(fileName.substr(dot));
     for (char& c : extension)
     {
         c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -54,7 +66,13 @@ std::string LowerExtension(const std::filesystem::path& path)
 
 AssetKind KindFromExtension(const std::filesystem::path& path)
 {
-    std::string extension = LowerExtension(path);
+    const std::string_view text = path.native();
+    return KindFromName(text.substr(text.rfind('/') + 1));
+}
+
+AssetKind KindFromName(std::string_view fileName)
+{
+    std::string extension = LowerExtensionOfName(fileName);
     if (extension.size() < 2 || extension.find(' ') != std::string::npos)
     {
         return AssetKind::Unknown;

@@ -39,11 +39,19 @@ enum class AssetKind : std::uint32_t
     World = 20,
 };
 
+/// The kinds that a package may do without: their sources are cooked away, or nothing needs them to play.
+inline constexpr AssetKind kStrippedKinds[] = {
+    AssetKind::Material,      AssetKind::Texture,           AssetKind::AudioClip,   AssetKind::UiDocument,
+    AssetKind::ImageDocument, AssetKind::ProceduralTexture, AssetKind::VectorField, AssetKind::VfxEffect,
+};
+
 /// The extension with its dot and its letters A to Z in lower case.
 std::string LowerExtension(const std::filesystem::path& path);
+std::string LowerExtensionOfName(std::string_view fileName);
 
 /// The kind of a file by its extension, letters of either case; Unknown for what is no asset.
 AssetKind KindFromExtension(const std::filesystem::path& path);
+AssetKind KindFromName(std::string_view fileName);
 
 /// The word of a kind in sidecar files; "unknown" for any other number.
 std::string_view KindWord(AssetKind kind) noexcept;

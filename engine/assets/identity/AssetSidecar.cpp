@@ -5,6 +5,7 @@
 #include "engine/core/files/Paths.h"
 #include "engine/core/files/TemporaryFile.h"
 #include "engine/core/logging/AccessWarning.h"
+#include "engine/core/system/System.h"
 #include "engine/core/text/LineReader.h"
 #include "engine/core/text/TokenReader.h"
 
@@ -191,13 +192,19 @@ bool ReadsBackAlike(const AssetSidecar& sidecar, const std::string& text)
     return read == sidecar;
 }
 
-/// Tells in `exists` whether there is a file that can be read.
-bool HoldsBytes(const fs::path& path, std::string_view bytes, bool& exists)
+bool HoldsBytes(const fs::path& path, std::string_view bytes)
 {
     Core::InputFile file(path);
     Core::FileBytes present;
-    exists = file.IsOpen();
-    return exists && file.ReadAll(present) && present.View() == bytes;
+    return file.IsOpen() && file.RegularSize() == bytes.size() && file.ReadAll(present) &&
+           present.View() == bytes;
+}
+
+/// Of what has the name itself, links not followed.
+fs::file_type TypeAt(const fs::path& path)
+{
+    std::error_code error;
+    return fs::symlink_status(path, error).type();
 }
 
 bool MoveSidecar(const fs::path& from, const fs::path& to, std::string* error)
@@ -230,7 +237,14 @@ fs::path AssetPathOfSidecar(const fs::path& sidecar)
 
 bool IsSidecarFile(const fs::path& path)
 {
-    return LowerExtension(path) == kSidecarExtension && path.stem().has_extension();
+    const std::string_view text = path.native();
+    return IsSidecarName(text.substr(text.rfind('/') + 1));
+}
+
+bool IsSidecarName(std::string_view fileName)
+{
+    return LowerExtensionOfName(fileName) == kSidecarExtension &&
+           !LowerExtensionOfName(fileName.substr(0, fileName.size() - kSidecarExtension.size())).empty();
 }
 
 std::vector<fs::path> ExistingSidecars(const fs::path& asset)
@@ -247,21 +261,56 @@ std::vector<fs::path> ExistingSidecars(const fs::path& asset)
     return found;
 }
 
-std::optional<AssetSidecar> ReadSidecar(const fs::path& path, std::string* error, int* systemError)
+SidecarReading ReadSidecarFile(const fs::path& path)
 {
+    SidecarReading reading;
     Core::InputFile file(path);
+    if (!file.IsOpen())
+    {
+        reading.error = "Cannot open sidecar.";
+        reading.fault =
+            TypeAt(path) == fs::file_type::not_found ? "" : Platform::SystemErrorText(file.Error());
+        return reading;
+    }
+    const std::optional<std::uint64_t> size = file.RegularSize();
+    if (!size && !file.Failed())
+    {
+        reading.error = "The sidecar is not a regular file.";
+        reading.fault = "not a regular file";
+        return reading;
+    }
     Core::FileBytes bytes;
-    const bool isRead = file.IsOpen() && file.ReadAll(bytes);
-    if (systemError != nullptr)
+    // A file that tells its size is read in one go; others, such as those of the system, to their end.
+    const bool isSized = size && *size > 0 && *size <= kMaxSidecarSize;
+    if (isSized)
     {
-        *systemError = file.Error();
+        bytes.data = std::make_unique_for_overwrite<char[]>(*size);
+        bytes.size = file.Read(bytes.data.get(), *size);
     }
-    if (!isRead)
+    if (isSized ? !file.Failed() : file.ReadAll(bytes, kMaxSidecarSize))
     {
-        Fail(error, file.IsOpen() ? "Failed while reading sidecar." : "Cannot open sidecar.");
-        return std::nullopt;
+        reading.sidecar = ParseSidecar(bytes.View(), &reading.error);
     }
-    return ParseSidecar(bytes.View(), error);
+    else if (file.Failed())
+    {
+        reading.error = "Failed while reading sidecar.";
+        reading.fault = Platform::SystemErrorText(file.Error());
+    }
+    else
+    {
+        reading.error = "The sidecar is larger than " + std::to_string(kMaxSidecarSize) + " bytes.";
+    }
+    return reading;
+}
+
+std::optional<AssetSidecar> ReadSidecar(const fs::path& path, std::string* error)
+{
+    SidecarReading reading = ReadSidecarFile(path);
+    if (!reading.sidecar)
+    {
+        Fail(error, std::move(reading.error));
+    }
+    return std::move(reading.sidecar);
 }
 
 std::optional<AssetSidecar> ParseSidecar(std::string_view text, std::string* error)
@@ -315,15 +364,19 @@ bool WriteSidecar(const fs::path& path, const AssetSidecar& sidecar, std::string
     {
         return Fail(error, "Cannot write sidecar.");
     }
-    bool exists = false;
-    if (HoldsBytes(path, text, exists))
+    if (HoldsBytes(path, text))
     {
         return true;
     }
-    const fs::path target = Platform::FollowLinks(path).value_or(path);
-    fs::path temporary = WithAppended(target, ".");
+    const fs::file_type type = TypeAt(path);
+    if (type != fs::file_type::regular && type != fs::file_type::not_found)
+    {
+        return Fail(error, type == fs::file_type::none ? "Cannot write sidecar."
+                                                       : "The sidecar is not a regular file.");
+    }
+    fs::path temporary = WithAppended(path, ".");
     temporary += Core::Guid::Generate().ToString();
-    Platform::TemporaryFile file(WithAppended(std::move(temporary), ".tmp"), target);
+    Platform::TemporaryFile file(WithAppended(std::move(temporary), ".tmp"), path);
     if (!file.IsOpen())
     {
         return Fail(error, "Cannot write sidecar.");
@@ -334,8 +387,9 @@ bool WriteSidecar(const fs::path& path, const AssetSidecar& sidecar, std::string
     }
     // A new sidecar's identity can be derived again, so only one that takes another's place has to be on the
     // disk first.
-    Platform::FileResult replaced = Platform::ReplaceFileAtomically(file.Path(), target, exists);
-    Core::WarnIfNarrowed(replaced, target);
+    Platform::FileResult replaced =
+        Platform::ReplaceFileAtomically(file.Path(), path, type == fs::file_type::regular);
+    Core::WarnIfNarrowed(replaced, path);
     return replaced.Succeeded() || Fail(error, std::move(replaced.message));
 }
 

@@ -52,18 +52,32 @@ std::filesystem::path AssetPathOfSidecar(const std::filesystem::path& sidecar);
 
 /// By the name alone: `.vmeta`, in letters of either case, behind a name that has an extension of its own.
 bool IsSidecarFile(const std::filesystem::path& path);
+bool IsSidecarName(std::string_view fileName);
 
 /// Those of `<asset>.vmeta`, `<asset>.materials` and `<asset>.cells` that exist.
 std::vector<std::filesystem::path> ExistingSidecars(const std::filesystem::path& asset);
 
-/// `systemError`, where given, gets the number of the system's error, or 0 if the file could be read.
-std::optional<AssetSidecar> ReadSidecar(const std::filesystem::path& path, std::string* error = nullptr,
-                                        int* systemError = nullptr);
+/// The most bytes that a sidecar may have: those of some hundred thousand sub-assets.
+inline constexpr std::uint64_t kMaxSidecarSize = std::uint64_t{64} * 1024 * 1024;
+
+/// What came of reading a sidecar.
+struct SidecarReading
+{
+    std::optional<AssetSidecar> sidecar;
+    std::string error; // of a failure
+    /// Why the bytes that stand there can't be had: the system fails to give them, or it is no regular file
+    /// and no link to one. Empty if they can be had, and for a name that nothing has.
+    std::string fault;
+};
+
+SidecarReading ReadSidecarFile(const std::filesystem::path& path);
+std::optional<AssetSidecar> ReadSidecar(const std::filesystem::path& path, std::string* error = nullptr);
 std::optional<AssetSidecar> ParseSidecar(std::string_view text, std::string* error = nullptr);
 std::string SerializeSidecar(const AssetSidecar& sidecar);
 
-/// Replaces the file whole or not at all; one that holds the same bytes already isn't touched. A link is kept
-/// and its target replaced. What wouldn't read back alike, such as a key with a blank, isn't written.
+/// Replaces the file whole or not at all; one that holds the same bytes already isn't touched. Refuses what
+/// wouldn't read back alike, such as a key with a blank, and a path that anything but a regular file has: a
+/// link is never written through.
 bool WriteSidecar(const std::filesystem::path& path, const AssetSidecar& sidecar,
                   std::string* error = nullptr);
 

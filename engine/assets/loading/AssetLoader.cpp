@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <mutex>
 #include <string_view>
 
 namespace Vornu::Assets
@@ -219,6 +220,22 @@ bool AssetLoader::Wait(const AssetLoadHandle& handle)
     return slot->state == AssetLoadState::Ready;
 }
 
+/// Helping runs tasks that may have to do with another thread that wants this loader, so nobody is kept out
+/// meanwhile. Takes a copy, as the slot may get another counter.
+void AssetLoader::HelpUntilDone(Core::Tasks::CounterHandle counter)
+{
+    const Detail::LoaderMutex::Gap gap(mutex_);
+    Tasks().Wait(counter);
+}
+
+bool AssetLoader::HasResultOf(std::uint64_t job) const
+{
+    // Another thread may be applying what it took from the queue.
+    return completions_->HasResultOf(job) ||
+           std::any_of(results_.begin(), results_.end(),
+                       [job](const auto& result) { return result.job == job; });
+}
+
 bool AssetLoader::WaitForBlockingJob(const SlotPointer& waited)
 {
     SlotPointer slot = waited->jobActive && waited->blocking ? waited : nullptr;
@@ -234,11 +251,11 @@ bool AssetLoader::WaitForBlockingJob(const SlotPointer& waited)
         return false;
     }
     const std::uint64_t job = slot->job;
-    // Helping may run tasks that call this loader, so the slot can have moved on afterwards.
+    // The slot can have moved on afterwards.
     const auto isCurrent = [&slot, job] { return slot->jobActive && slot->job == job; };
     try
     {
-        Tasks().Wait(slot->counter);
+        HelpUntilDone(slot->counter);
     }
     catch (...)
     {
@@ -249,7 +266,7 @@ bool AssetLoader::WaitForBlockingJob(const SlotPointer& waited)
         }
         return true;
     }
-    if (isCurrent() && !completions_->HasResultOf(job))
+    if (isCurrent() && !HasResultOf(job))
     {
         slot->jobActive = false;
         Fail(*slot, "Asset load job ended without a result.");
@@ -386,30 +403,32 @@ void AssetLoader::UnloadFailed()
 void AssetLoader::Reset()
 {
     const std::lock_guard lock(mutex_);
-    const auto all = std::exchange(slots_, {}); // needs no memory, for the end of a program that has none
-    for (const auto& [id, slot] : all)
+    while (!slots_.empty()) // others may submit while this waits
     {
-        if (slot->jobActive)
-        {
-            slot->cancelFlag->store(true);
-        }
-    }
-    for (const auto& [id, slot] : all)
-    {
-        try
+        const auto all = std::exchange(slots_, {}); // needs no memory, for the end of a program that has none
+        for (const auto& [id, slot] : all)
         {
             if (slot->jobActive)
             {
-                Tasks().Wait(slot->counter);
+                slot->cancelFlag->store(true);
             }
         }
-        catch (...)
+        for (const auto& [id, slot] : all)
         {
-            // The task system dropped the job, which is as good an end as any here.
+            try
+            {
+                if (slot->jobActive)
+                {
+                    HelpUntilDone(slot->counter);
+                }
+            }
+            catch (...)
+            {
+                // The task system dropped the job, which is as good an end as any here.
+            }
+            Unload(slot, false);
         }
-        Unload(slot, false);
     }
-    slots_.clear();
     pending_.clear();
     waiting_.clear();
     uploads_.clear();

@@ -4,6 +4,7 @@
 #include "engine/assets/loading/AssetLoadRecipe.h"
 #include "engine/assets/loading/AssetLoadSlot.h"
 #include "engine/assets/loading/AssetLoadState.h"
+#include "engine/assets/loading/LoaderMutex.h"
 #include "engine/core/tasks/TaskSystem.h"
 
 #include <array>
@@ -11,7 +12,6 @@
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -151,6 +151,8 @@ private:
 
     bool Advance(Scope scope);
     bool WaitForBlockingJob(const SlotPointer& waited);
+    void HelpUntilDone(Core::Tasks::CounterHandle counter);
+    bool HasResultOf(std::uint64_t job) const;
     void CancelAbandoned();
     void Unload(const SlotPointer& slot, bool sweep);
     void CountStates();
@@ -160,8 +162,7 @@ private:
     const AssetLoadConfig config_;
     Core::Tasks::TaskSystem* const tasks_;
 
-    /// Recursive, as handlers and recipes call back.
-    mutable std::recursive_mutex mutex_;
+    mutable Detail::LoaderMutex mutex_;
     std::unordered_map<AssetKind, std::shared_ptr<const AssetLoadHandler>> handlers_;
     AssetLoadListener* listener_ = nullptr;
     std::unordered_map<AssetId, SlotPointer> slots_;

@@ -108,6 +108,7 @@ void AssetManager::Initialize(const std::filesystem::path& path, AssetMountMode 
     sceneRecords_.clear();
     builtinMeshes_.clear();
     failedAssets_.clear();
+    systemErrors_.clear();
     fallbackTexts_.clear();
     fallbackCount_ = 0;
     reloads_.clear();
@@ -133,27 +134,31 @@ void AssetManager::RegisterBuiltins()
 {
     for (const BuiltinMesh& mesh : BuiltinMeshes())
     {
-        builtinMeshes_[registry_.RegisterBuiltin(std::string(mesh.name), AssetKind::Mesh)] = &mesh;
+        builtinMeshes_[registry_.RegisterBuiltin(AssetKind::Mesh, std::string(mesh.name))] = &mesh;
     }
     for (const BuiltinTexture& texture : kBuiltinTextures)
     {
-        textures_[registry_.RegisterBuiltin(texture.name, AssetKind::Texture)] = MakePixel(texture.color);
+        textures_[registry_.RegisterBuiltin(AssetKind::Texture, texture.name)] = MakePixel(texture.color);
     }
-    defaultMaterial_ = registry_.RegisterBuiltin("Builtin/DefaultMaterial", AssetKind::Material);
+    defaultMaterial_ = registry_.RegisterBuiltin(AssetKind::Material, "Builtin/DefaultMaterial");
 }
 
 void AssetManager::Refresh(bool rebuildImportedScenes)
 {
     const Core::ProfileScope profile("Assets", "AssetManager::Refresh");
     std::vector<std::filesystem::path> loadedScenes;
-    for (const auto& record : registry_.ListRecordsOfKind(AssetKind::Scene))
+    for (const AssetKind kind : {AssetKind::Scene, AssetKind::Mesh}) // an `.obj` file is a mesh
     {
-        if (!record->path.empty() && sceneRecords_.contains(record->id))
+        for (const auto& record : registry_.ListRecordsOfKind(kind))
         {
-            loadedScenes.push_back(record->path);
+            if (!record->path.empty() && sceneRecords_.contains(record->id))
+            {
+                loadedScenes.push_back(record->path);
+            }
         }
     }
     registry_.Refresh();
+    systemErrors_.clear();
     if (mode_ == AssetMountMode::Authoring)
     {
         failedAssets_.clear(); // the files may be mended; those of a package don't change

@@ -17,6 +17,7 @@
 #include <string_view>
 #include <thread>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace Vornu::Assets
@@ -77,8 +78,9 @@ public:
     std::shared_ptr<const ImportedSceneData> LoadSceneAsset(AssetId id);
     /// Registers and imports a model or `.obj` file. 0, with the reason logged, when it can't.
     AssetId ImportSceneFile(const std::filesystem::path& path);
-    /// Imports models again. What can't be imported keeps its old scene.
-    void RebuildImportedSceneAssets(const std::vector<std::filesystem::path>& paths);
+    /// Imports models and `.obj` files again; what can't be imported keeps its old scene. False if no path is
+    /// that of such a file in the registry.
+    bool RebuildImportedSceneAssets(const std::vector<std::filesystem::path>& paths);
 
     /// Makes an asset resident, waiting for its load; false when it can't be, and for an id that isn't of the
     /// kind. What failed isn't tried again before `Refresh` or `ReloadAsset`.
@@ -89,7 +91,7 @@ public:
     [[nodiscard]] AssetLoadHandle RequestMeshLoad(AssetId id);
     [[nodiscard]] AssetLoadHandle RequestTextureLoad(AssetId id);
     /// Starts to load a mesh or texture again; what is resident stays until the new data is there. Imports a
-    /// model again. False for an id that isn't known or is of another kind.
+    /// model again. False for an id that isn't known or of which nothing is ever loaded.
     bool ReloadAsset(AssetId id);
     /// Moves the loads on, once per frame. Gives the number of jobs in flight.
     std::uint32_t UpdateAsyncLoads();
@@ -148,12 +150,11 @@ private:
     AssetLoadRecipe PrepareTextureLoad(AssetId id);
     bool EnsureLoaded(AssetId id, AssetKind kind);
     AssetLoadHandle RequestLoad(AssetId id, AssetKind kind);
-    std::string PackagedSourceFault(const AssetRecord& record, const char* missing) const;
+    std::string PackagedSourceFault(const std::filesystem::path& path, const char* missing) const;
+    static void ListItself(MeshAsset& mesh, AssetId id);
     bool IsRecordOfKind(AssetId id, AssetKind kind) const;
     bool ImportScene(const AssetRecord& record);
     void FinalizeSceneCommit(const AssetRecord& record, std::shared_ptr<const ImportedSceneData> data);
-    AssetId RegisterPart(const AssetRecord& source, AssetKind kind, const std::string& key,
-                         const std::string& name, std::size_t index, const std::string& displayName);
     void RequireAuthoring(std::string_view operation) const;
     [[noreturn]] void RefuseWithoutFormat(std::string_view operation) const;
     void NoteFailure(AssetId id, const std::string& message, const std::string& cause);
@@ -169,6 +170,8 @@ private:
     std::unordered_map<AssetId, LoadedScene> sceneRecords_;
     std::unordered_map<AssetId, const BuiltinMesh*> builtinMeshes_; // made when they are first asked for
     std::unordered_map<AssetId, std::string> failedAssets_;         // with the last error
+    /// The file and the system's error behind failures that say nothing of the asset.
+    std::unordered_map<AssetId, std::pair<std::filesystem::path, int>> systemErrors_;
     std::set<std::string, std::less<>> fallbackTexts_;
     std::uint64_t fallbackCount_ = 0;
     std::uint64_t tableGeneration_ = 0;

@@ -53,8 +53,12 @@ void AssetManager::RefuseWithoutFormat(std::string_view operation) const
 AssetId AssetManager::CreateMeshAsset(const std::filesystem::path& path, const MeshAsset& mesh)
 {
     RequireAuthoring("CreateMeshAsset");
+    // A file holds no id of this process.
+    MeshAsset stored = mesh;
+    std::erase_if(stored.lods,
+                  [this](const MeshLod& lod) { return registry_.FindRecord(lod.mesh) != nullptr; });
     std::string error;
-    if (!WriteNewMesh(path, mesh, error))
+    if (!WriteNewMesh(path, stored, error))
     {
         Core::Log(Core::LogCategory::Assets, Core::LogLevel::Error, "Failed to create mesh asset: " + error);
         return 0;

@@ -4,10 +4,15 @@
 #include "engine/assets/formats/mesh/NativeMesh.h"
 #include "engine/assets/formats/texture/ImageDecoder.h"
 #include "engine/assets/manager/AssetManager.h"
+#include "engine/core/files/Paths.h"
+#include "engine/core/files/ReadFaults.h"
 #include "engine/core/logging/Logger.h"
 
 #include <algorithm>
+#include <atomic>
+#include <cerrno>
 #include <memory>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -17,10 +22,13 @@ namespace Vornu::Assets
 namespace
 {
 
-AssetBytes ReadAssetFile(const std::filesystem::path& path)
+/// Of a native mesh; more is no mesh that anything could draw.
+constexpr std::uint64_t kMaxMeshSize = std::uint64_t{2} * 1024 * 1024 * 1024;
+
+AssetBytes ReadMeshFile(const std::filesystem::path& path)
 {
     std::string error;
-    std::optional<AssetBytes> bytes = ReadWholeFile(path, &error);
+    std::optional<AssetBytes> bytes = ReadWholeFile(path, &error, kMaxMeshSize);
     if (!bytes)
     {
         throw std::runtime_error(error);
@@ -37,6 +45,30 @@ AssetLoadPayload MeshPayload(MeshAsset mesh)
 {
     const std::uint64_t size = SizeOf(mesh);
     return {std::make_shared<MeshAsset>(std::move(mesh)), size};
+}
+
+using SystemError = std::shared_ptr<std::atomic<int>>;
+
+/// Runs a stage of a load of `path`. One that fails because the system didn't give what it needed, memory
+/// included, leaves the error in `error`.
+template<class Stage>
+auto RunStage(const std::filesystem::path& path, const SystemError& error, Stage stage)
+{
+    const Platform::ReadFaultWatch faults("/");
+    try
+    {
+        return stage();
+    }
+    catch (const std::bad_alloc&)
+    {
+        *error = ENOMEM;
+        throw std::runtime_error("Out of memory for " + path.native());
+    }
+    catch (...)
+    {
+        *error = faults.FirstError();
+        throw;
+    }
 }
 
 AssetLoadPayload DecodeMesh(const std::filesystem::path& path, const AssetBytes& bytes)
@@ -79,10 +111,11 @@ AssetLoadPayload ImportMesh(const std::filesystem::path& path)
     return MeshPayload(std::move(scene.meshes.front().mesh));
 }
 
+/// By where the path leads, however it is spelled.
 bool IsInside(const std::filesystem::path& root, const std::filesystem::path& path)
 {
-    const auto [rootEnd, pathEnd] = std::mismatch(root.begin(), root.end(), path.begin(), path.end());
-    return rootEnd == root.end() && pathEnd != path.end();
+    const std::optional<std::filesystem::path> relative = Platform::RelativeToRoot(root, path);
+    return relative && *relative != ".";
 }
 
 } // namespace
@@ -101,11 +134,15 @@ bool AssetManager::EnsureLoaded(AssetId id, AssetKind kind)
     }
     const AssetLoadHandle handle = loader_.Submit(id, kind, kBlockingLoadPriority);
     loader_.Pin(id);
-    if (!IsTerminal(AssetLoader::State(handle)))
+    const bool isReady = IsTerminal(AssetLoader::State(handle))
+                             ? AssetLoader::State(handle) == AssetLoadState::Ready
+                             : loader_.Wait(handle);
+    if (const auto fault = systemErrors_.find(id); !isReady && fault != systemErrors_.end())
     {
-        return loader_.Wait(handle);
+        // It isn't tried again, but everybody who goes on without it has to know why.
+        Platform::NoteReadFault(fault->second.first, fault->second.second);
     }
-    return AssetLoader::State(handle) == AssetLoadState::Ready;
+    return isReady;
 }
 
 bool AssetManager::EnsureMeshLoaded(AssetId id)
@@ -146,8 +183,7 @@ bool AssetManager::ReloadAsset(AssetId id)
     }
     if (record->kind == AssetKind::Scene || record->isSubAsset)
     {
-        RebuildImportedSceneAssets({record->path});
-        return true;
+        return RebuildImportedSceneAssets({record->path});
     }
     if (record->kind != AssetKind::Mesh && record->kind != AssetKind::Texture)
     {
@@ -162,21 +198,21 @@ bool AssetManager::ReloadAsset(AssetId id)
     return true;
 }
 
-/// Why a package can't hold the file of a record; empty if it does.
-std::string AssetManager::PackagedSourceFault(const AssetRecord& record, const char* missing) const
+/// Why a package can't hold a file; empty if it does.
+std::string AssetManager::PackagedSourceFault(const std::filesystem::path& path, const char* missing) const
 {
     if (mode_ != AssetMountMode::ReadOnly)
     {
         return {};
     }
-    if (!IsInside(rootPath_, record.dataPath))
+    if (!IsInside(rootPath_, path))
     {
-        return "Read-only assets require a packaged source inside content: " + record.dataPath.native();
+        return "Read-only assets require a packaged source inside content: " + path.native();
     }
     std::error_code error;
-    if (missing != nullptr && !std::filesystem::exists(record.dataPath, error))
+    if (missing != nullptr && !std::filesystem::exists(path, error))
     {
-        return missing + record.dataPath.native();
+        return missing + path.native();
     }
     return {};
 }
@@ -202,12 +238,13 @@ AssetLoadRecipe AssetManager::PrepareMeshLoad(AssetId id)
             throw std::runtime_error("Unknown mesh asset " + std::to_string(id));
         }
         failedAssets_.erase(id);
+        systemErrors_.erase(id);
         return meshes_[id] = std::move(*static_cast<MeshAsset*>(payload.value.get()));
     };
     if (const auto builtin = builtinMeshes_.find(id); builtin != builtinMeshes_.end())
     {
         recipe.decode = [make = builtin->second->make](AssetBytes) { return MeshPayload(make()); };
-        recipe.publish = [id, publish](AssetLoadPayload& payload) { publish(payload).lods = {{id}}; };
+        recipe.publish = [id, publish](AssetLoadPayload& payload) { ListItself(publish(payload), id); };
         return recipe;
     }
     if (record->isSubAsset)
@@ -231,20 +268,36 @@ AssetLoadRecipe AssetManager::PrepareMeshLoad(AssetId id)
             Core::Log(Core::LogCategory::Assets, Core::LogLevel::Info, message);
         };
     };
-    recipe.error = PackagedSourceFault(*record, nullptr);
+    recipe.error = PackagedSourceFault(record->dataPath, nullptr);
     const std::filesystem::path& path = record->dataPath;
+    const auto systemError = std::make_shared<std::atomic<int>>(0);
+    const auto failed = [this, id, path, systemError](const std::string& message, const std::string& cause)
+    {
+        if (*systemError != 0)
+        {
+            systemErrors_[id] = {path, *systemError};
+        }
+        NoteFailure(id, message, cause);
+    };
     if (LowerExtension(path) == ".vmesh")
     {
-        recipe.read = [path] { return ReadAssetFile(path); };
-        recipe.decode = [path](const AssetBytes& bytes) { return DecodeMesh(path, bytes); };
+        recipe.read = [path, systemError]
+        { return RunStage(path, systemError, [&] { return ReadMeshFile(path); }); };
+        recipe.decode = [path, systemError](const AssetBytes& bytes)
+        { return RunStage(path, systemError, [&] { return DecodeMesh(path, bytes); }); };
         recipe.publish = logged("Loaded native mesh asset: " + path.native());
-        recipe.fail = [this, id, message = "Failed to load native mesh asset: " + path.native()](
-                          const std::string& cause) { NoteFailure(id, message, cause); };
+        recipe.fail = [failed, message = "Failed to load native mesh asset: " +
+                                         path.native()](const std::string& cause) { failed(message, cause); };
         return recipe;
     }
-    recipe.decode = [path](const AssetBytes&) { return ImportMesh(path); };
-    recipe.publish = logged("Imported mesh asset: " + record->name);
-    recipe.fail = [this, id](const std::string& cause) { NoteFailure(id, cause, cause); };
+    recipe.decode = [path, systemError](const AssetBytes&)
+    { return RunStage(path, systemError, [&] { return ImportMesh(path); }); };
+    recipe.publish = [id, publish = logged("Imported mesh asset: " + record->name)](AssetLoadPayload& payload)
+    {
+        ListItself(*static_cast<MeshAsset*>(payload.value.get()), id);
+        publish(payload);
+    };
+    recipe.fail = [failed](const std::string& cause) { failed(cause, cause); };
     return recipe;
 }
 
@@ -257,7 +310,7 @@ AssetLoadRecipe AssetManager::PrepareTextureLoad(AssetId id)
         recipe.error = "Unknown texture asset " + std::to_string(id);
         return recipe;
     }
-    recipe.error = PackagedSourceFault(*record, "Missing packaged texture: ");
+    recipe.error = PackagedSourceFault(record->dataPath, "Missing packaged texture: ");
     // Decoders open the file themselves, so there is nothing to read ahead.
     recipe.decode = [path = record->dataPath](const AssetBytes&) { return DecodeTexture(path); };
     recipe.publish = [this, id](AssetLoadPayload& payload)

@@ -4,6 +4,7 @@
 #include "engine/assets/manager/AssetManager.h"
 #include "engine/core/Profile.h"
 #include "engine/core/files/InputFile.h"
+#include "engine/core/files/ReadFaults.h"
 #include "engine/core/logging/Logger.h"
 
 #include <algorithm>
@@ -22,6 +23,12 @@ bool IsModelFile(const std::filesystem::path& path)
 {
     const std::string extension = LowerExtension(path);
     return extension == ".fbx" || extension == ".gltf" || extension == ".glb";
+}
+
+/// Models, and the meshes that an importer reads like one.
+bool IsImportable(const std::filesystem::path& path)
+{
+    return IsModelFile(path) || LowerExtension(path) == ".obj";
 }
 
 void LogScene(Core::LogLevel level, std::string text)
@@ -110,9 +117,10 @@ std::shared_ptr<const ImportedSceneData> AssetManager::LoadSceneAsset(AssetId id
 bool AssetManager::ImportScene(const AssetRecord& record)
 {
     std::string cause;
+    const Platform::ReadFaultWatch faults("/");
     try
     {
-        cause = PackagedSourceFault(record, nullptr);
+        cause = PackagedSourceFault(record.dataPath, nullptr);
         if (cause.empty())
         {
             std::shared_ptr<const ImportedSceneData> data;
@@ -128,6 +136,10 @@ bool AssetManager::ImportScene(const AssetRecord& record)
     catch (...)
     {
         cause = ImportFailureText();
+    }
+    if (const std::string fault = faults.First(); !fault.empty())
+    {
+        registry_.NoteUnread(record.path, "its parts are unknown, as the system failed to read " + fault);
     }
     const std::string message = "Failed to load scene asset: " + cause;
     if (mode_ == AssetMountMode::ReadOnly)
@@ -151,13 +163,17 @@ AssetId AssetManager::ImportSceneFile(const std::filesystem::path& path)
         LogScene(Core::LogLevel::Error, "Import failed. Source file does not exist: " + path.native());
         return 0;
     }
-    if (!IsModelFile(path) && LowerExtension(path) != ".obj")
+    if (!IsImportable(path))
     {
         LogScene(Core::LogLevel::Error, "Import failed. Unsupported mesh format: " + path.native());
         return 0;
     }
     try
     {
+        if (const std::string fault = PackagedSourceFault(path, nullptr); !fault.empty())
+        {
+            throw std::runtime_error(fault);
+        }
         std::shared_ptr<const ImportedSceneData> data;
         {
             const Core::ProfileScope import("Import", "ImportSceneFile Import Scene");
@@ -182,23 +198,29 @@ AssetId AssetManager::ImportSceneFile(const std::filesystem::path& path)
     }
 }
 
-void AssetManager::RebuildImportedSceneAssets(const std::vector<std::filesystem::path>& paths)
+bool AssetManager::RebuildImportedSceneAssets(const std::vector<std::filesystem::path>& paths)
 {
+    bool isAny = false;
     for (const std::filesystem::path& path : paths)
     {
-        if (const auto record = registry_.FindRecord(registry_.FindByPath(path)))
+        const auto record = IsImportable(path) ? registry_.FindRecord(registry_.FindByPath(path)) : nullptr;
+        if (record)
         {
+            isAny = true;
             failedAssets_.erase(record->id);
             ImportScene(*record);
         }
     }
+    return isAny;
 }
 
-AssetId AssetManager::RegisterPart(const AssetRecord& source, AssetKind kind, const std::string& key,
-                                   const std::string& name, std::size_t index, const std::string& displayName)
+/// A mesh without levels of detail is its own only one.
+void AssetManager::ListItself(MeshAsset& mesh, AssetId id)
 {
-    const std::filesystem::path child = DerivedChildPath(source.path, kind, name, index, false);
-    return registry_.RegisterSubAsset(kind, source.path, child, key, displayName);
+    if (mesh.lods.empty())
+    {
+        mesh.lods = {{id}};
+    }
 }
 
 void AssetManager::FinalizeSceneCommit(const AssetRecord& record,
@@ -209,35 +231,42 @@ void AssetManager::FinalizeSceneCommit(const AssetRecord& record,
     // Live parts of an earlier import would keep their keys from those that are renumbered.
     registry_.RemoveAssetsOfFile(record.path);
     LoadedScene scene;
-    const auto registerAll =
-        [&](AssetKind kind, const auto& parts, const char* prefix, const char* word, bool withFile)
+    std::vector<SubAssetEntry> parts;
+    const auto add =
+        [&](AssetKind kind, const auto& list, const char* prefix, const char* word, bool withFile)
     {
-        std::vector<AssetId> ids;
-        for (std::size_t i = 0; i < parts.size(); ++i)
+        const std::size_t first = parts.size();
+        for (std::size_t i = 0; i < list.size(); ++i)
         {
-            const std::string name = parts[i].name.empty() ? word : parts[i].name;
-            const std::string key = prefix + name + "#" + std::to_string(i);
-            const std::string display =
-                withFile ? record.path.filename().native() + "/" + parts[i].name : name;
-            ids.push_back(RegisterPart(record, kind, key, name, i, display));
+            const std::string name = list[i].name.empty() ? word : list[i].name;
+            parts.push_back({kind, DerivedChildPath(record.path, kind, name, i, false),
+                             prefix + name + "#" + std::to_string(i),
+                             withFile ? record.path.filename().native() + "/" + list[i].name : name});
         }
-        scene.parts.insert(scene.parts.end(), ids.begin(), ids.end());
-        return ids;
+        return first;
     };
-    registerAll(AssetKind::Material, data->materials, "", "Material", true);
-    const std::vector<AssetId> skeletons =
-        registerAll(AssetKind::Skeleton, data->skeletons, "skel#", "Skeleton", false);
-    registerAll(AssetKind::Rig, data->rigs, "rig#", "Rig", false);
-    scene.meshes = registerAll(AssetKind::Mesh, data->meshes, "mesh#", "Mesh", true);
+    add(AssetKind::Material, data->materials, "", "Material", true);
+    const std::size_t firstSkeleton = add(AssetKind::Skeleton, data->skeletons, "skel#", "Skeleton", false);
+    add(AssetKind::Rig, data->rigs, "rig#", "Rig", false);
+    const std::size_t firstMesh = add(AssetKind::Mesh, data->meshes, "mesh#", "Mesh", true);
+    add(AssetKind::AnimationClip, data->clips, "", "Clip", true);
+    scene.parts = registry_.RegisterSubAssets(record.path, parts);
+    const auto idsFrom = [&](std::size_t first, std::size_t count)
+    {
+        const auto start = scene.parts.begin() + static_cast<std::ptrdiff_t>(first);
+        return std::vector<AssetId>(start, start + static_cast<std::ptrdiff_t>(count));
+    };
+    const std::vector<AssetId> skeletons = idsFrom(firstSkeleton, data->skeletons.size());
+    scene.meshes = idsFrom(firstMesh, data->meshes.size());
     for (std::size_t i = 0; i < scene.meshes.size(); ++i)
     {
         const ImportedMesh& entry = data->meshes[i];
         MeshAsset& mesh = meshes_[scene.meshes[i]] = entry.mesh;
         const auto skeleton = static_cast<std::size_t>(entry.skeleton);
+        ListItself(mesh, scene.meshes[i]);
         mesh.skeleton = skeleton < skeletons.size() ? skeletons[skeleton] : 0;
         failedAssets_.erase(scene.meshes[i]);
     }
-    registerAll(AssetKind::AnimationClip, data->clips, "", "Clip", true);
     for (const AssetId mesh : oldMeshes)
     {
         if (!registry_.FindRecord(mesh))

@@ -13,6 +13,12 @@ namespace
 
 namespace fs = std::filesystem;
 
+/// Of one file's sidecar; what concerns several files belongs to the assets.
+void WarnOfSidecar(std::string message)
+{
+    Core::Log(Core::LogCategory::General, Core::LogLevel::Warning, std::move(message));
+}
+
 void Warn(std::string message)
 {
     Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning, std::move(message));
@@ -41,30 +47,47 @@ Platform::FileResult SetAside(const fs::path& sidecar)
     return moved;
 }
 
-void WarnUnwritten(const ScanEntry& entry, const std::string& error)
+void WarnUnwritten(ScanEntry& entry, const std::string& error)
 {
-    Warn("Failed to create asset sidecar " + entry.sidecarPath + ": " + error);
+    WarnOfSidecar("Failed to create asset sidecar " + entry.SidecarFile() + ": " + error);
+    entry.fault = error;
 }
 
-/// Reads the sidecar that stands beside the file. False if the entry has to get another.
-bool LoadSidecar(ScanEntry& entry, const MountedRoot& root, bool mayWrite, bool& nameIsFree)
+bool IsLink(const std::string& path)
 {
-    std::string error;
-    int systemError = 0;
-    entry.sidecar = ReadSidecar(entry.sidecarPath, &error, &systemError);
-    if (entry.sidecar)
+    std::error_code error;
+    return fs::is_symlink(fs::symlink_status(path, error));
+}
+
+/// Reads the sidecar that stands beside the file. False if the entry has to get another, which `mayWrite`
+/// then tells whether to write.
+bool LoadSidecar(ScanEntry& entry, const MountedRoot& root, bool& mayWrite)
+{
+    SidecarReading reading = ReadSidecarFile(entry.SidecarFile());
+    if (reading.sidecar)
     {
+        entry.sidecar = std::move(reading.sidecar);
         return true;
     }
-    Warn("Ignoring unreadable asset sidecar " + entry.sidecarPath + ": " + error +
-         (root.IsWritable() ? " A new identity is assigned." : ""));
-    // One that can't be read now may be read again: it stays, and the new identity is for this time only.
-    nameIsFree = Platform::TellsOfAbsence(systemError);
-    if (mayWrite && nameIsFree)
+    WarnOfSidecar("Ignoring unreadable asset sidecar " + entry.SidecarFile() + ": " + reading.error +
+                  (root.IsWritable() ? " A new identity is assigned." : ""));
+    if (!reading.fault.empty())
     {
-        const Platform::FileResult freed = SetAside(entry.sidecarPath);
-        nameIsFree = freed.Succeeded();
-        if (!nameIsFree)
+        // What can't be read now may be read again: it stays, and the new identity is for this time only.
+        entry.fault = std::move(reading.fault);
+        entry.isProvisional = true;
+        mayWrite = false;
+    }
+    else if (mayWrite && IsLink(entry.SidecarFile()))
+    {
+        entry.fault = std::move(reading.error);
+        mayWrite = false;
+    }
+    else if (mayWrite && Platform::PathExists(entry.SidecarFile()))
+    {
+        const Platform::FileResult freed = SetAside(entry.SidecarFile());
+        mayWrite = freed.Succeeded();
+        if (!mayWrite)
         {
             WarnUnwritten(entry, freed.message);
         }
@@ -88,13 +111,14 @@ OrphanSidecars::OrphanSidecars(std::vector<fs::path> sidecars, const StampByGuid
 bool OrphanSidecars::Follow(ScanEntry& entry)
 {
     ReadAll();
-    const auto found = byContent_.find(ContentKey(entry.path, entry.contentStamp));
-    if (entry.contentStamp == 0 || found == byContent_.end() || found->second.size() != 1)
+    const std::string key = ContentKey(entry.path, entry.contentStamp);
+    std::vector<Orphan>* const found = byContent_.Find(key);
+    if (entry.contentStamp == 0 || found == nullptr || found->size() != 1)
     {
         return false;
     }
-    Orphan& orphan = found->second.front();
-    if (!Platform::MoveToFreeName(orphan.path, entry.sidecarPath).Succeeded())
+    Orphan& orphan = found->front();
+    if (!Platform::MoveToFreeName(orphan.path, entry.SidecarFile()).Succeeded())
     {
         return false;
     }
@@ -102,7 +126,7 @@ bool OrphanSidecars::Follow(ScanEntry& entry)
               "Asset sidecar followed renamed file: " + entry.path);
     entry.sidecar = std::move(orphan.sidecar);
     entry.hasSidecarFile = true;
-    byContent_.erase(found);
+    byContent_.Erase(key);
     return true;
 }
 
@@ -114,7 +138,7 @@ void OrphanSidecars::ReadAll()
     }
     for (fs::path& path : std::exchange(unread_, {}))
     {
-        std::optional<AssetSidecar> sidecar = ReadSidecar(path);
+        std::optional<AssetSidecar> sidecar = IsLink(path) ? std::nullopt : ReadSidecar(path);
         const std::uint64_t* const stamp = sidecar ? lastStamps_.Find(sidecar->guid) : nullptr;
         if (stamp != nullptr)
         {
@@ -135,9 +159,9 @@ Core::Guid PathDerivedGuid(const MountedRoot& root, std::string_view pathKey)
 
 void LoadOrCreateSidecar(ScanEntry& entry, const MountedRoot& root, OrphanSidecars* orphans)
 {
-    const bool mayWrite = root.IsWritable() && root.Contains(entry.key);
-    bool nameIsFree = true;
-    if (entry.hasSidecarFile && LoadSidecar(entry, root, mayWrite, nameIsFree))
+    const bool hasPlace = root.IsWritable() && root.Contains(entry.Key());
+    bool mayWrite = hasPlace;
+    if (entry.hasSidecarFile && LoadSidecar(entry, root, mayWrite))
     {
         return;
     }
@@ -146,16 +170,12 @@ void LoadOrCreateSidecar(ScanEntry& entry, const MountedRoot& root, OrphanSideca
     {
         return;
     }
-    entry.sidecar = MakeDefaultSidecar(entry.kind, entry.path, PathDerivedGuid(root, entry.key));
-    if (!mayWrite)
-    {
-        entry.sidecar->version = 0;
-        return;
-    }
+    entry.sidecar = MakeDefaultSidecar(entry.kind, entry.path, PathDerivedGuid(root, entry.Key()));
+    entry.sidecar->version = hasPlace ? AssetSidecar::kVersion : 0;
     std::string error;
-    if (nameIsFree)
+    if (mayWrite)
     {
-        entry.hasSidecarFile = WriteSidecar(entry.sidecarPath, *entry.sidecar, &error);
+        entry.hasSidecarFile = WriteSidecar(entry.SidecarFile(), *entry.sidecar, &error);
         if (!entry.hasSidecarFile)
         {
             WarnUnwritten(entry, error);
@@ -168,11 +188,12 @@ void AssignNewIdentity(ScanEntry& entry, const MountedRoot& root)
     AssetSidecar& sidecar = *entry.sidecar;
     Warn("Duplicate asset GUID " + sidecar.guid.ToString() + " in " + entry.path +
          " (copied sidecar); assigning a new identity.");
-    const bool writes = root.IsWritable() && entry.hasSidecarFile;
+    const bool writes = root.IsWritable() && entry.hasSidecarFile && root.Contains(entry.Key()) &&
+                        !IsLink(entry.SidecarFile());
     const auto renew = [&](Core::Guid& guid)
     {
         guid = writes ? Core::Guid::Generate()
-                      : Core::GuidFromName("vornu-duplicate:" + guid.ToString() + ":" + entry.key);
+                      : Core::GuidFromName("vornu-duplicate:" + guid.ToString() + ":" + entry.Key());
     };
     renew(sidecar.guid);
     for (AssetSidecarSubAsset& sub : sidecar.subAssets)
@@ -180,9 +201,11 @@ void AssignNewIdentity(ScanEntry& entry, const MountedRoot& root)
         renew(sub.guid);
     }
     std::string error;
-    if (writes && !WriteSidecar(entry.sidecarPath, sidecar, &error))
+    if (writes && !WriteSidecar(entry.SidecarFile(), sidecar, &error))
     {
-        Warn("Failed to rewrite duplicate asset sidecar " + entry.sidecarPath + ": " + error);
+        entry.fault = error;
+        entry.isProvisional = true;
+        Warn("Failed to rewrite duplicate asset sidecar " + entry.SidecarFile() + ": " + error);
     }
 }
 
@@ -198,8 +221,8 @@ void ResolveDuplicates(std::vector<ScanEntry>& entries, const MountedRoot& root,
         {
             continue;
         }
-        const std::string* const lastKey = lastPathKeys.Find(entries[i].sidecar->guid);
-        const bool wasHere = lastKey != nullptr && *lastKey == entries[i].key;
+        const std::uint64_t* const lastKey = lastPathKeys.Find(entries[i].sidecar->guid);
+        const bool wasHere = lastKey != nullptr && *lastKey == Core::KeyedHash(entries[i].Key());
         const std::size_t loser = wasHere ? std::exchange(*holder, i) : i;
         AssignNewIdentity(entries[loser], root);
         holders.Emplace(entries[loser].sidecar->guid, loser);

@@ -3,13 +3,13 @@
 #include "engine/assets/identity/AssetRecord.h"
 #include "engine/assets/registry/AssetScan.h"
 #include "engine/core/Guid.h"
+#include "engine/core/Hash.h"
 #include "engine/core/OrderedMap.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace Vornu::Assets
@@ -29,7 +29,7 @@ struct MountedRoot
 
 // What a registry remembers of earlier scans.
 using StampByGuid = Core::OrderedMap<Core::Guid, std::uint64_t, Core::GuidHash>;
-using PathKeyByGuid = Core::OrderedMap<Core::Guid, std::string, Core::GuidHash>;
+using PathKeyByGuid = Core::OrderedMap<Core::Guid, std::uint64_t, Core::GuidHash>; // `KeyedHash` of the key
 
 /// Sidecars whose asset wasn't found, to be matched with renamed files. They are read when a file first asks.
 class OrphanSidecars
@@ -52,7 +52,7 @@ private:
 
     std::vector<std::filesystem::path> unread_;
     const StampByGuid& lastStamps_;
-    std::unordered_map<std::string, std::vector<Orphan>> byContent_;
+    Core::OrderedMap<std::string, std::vector<Orphan>, Core::TextHash> byContent_;
 };
 
 /// The GUID of a file that no sidecar gives one: the same for the same place below the root, or, outside, for

@@ -4,6 +4,7 @@
 #include "engine/core/files/Files.h"
 #include "engine/core/files/Folders.h"
 #include "engine/core/files/Paths.h"
+#include "engine/core/files/ReadFaults.h"
 #include "engine/core/logging/Logger.h"
 
 #include <algorithm>
@@ -76,15 +77,26 @@ std::optional<DerivedReference> SplitDerived(std::string_view text)
                : std::optional(DerivedReference{text.substr(0, bar), text.substr(bar + 1)});
 }
 
+void WarnOfCase(const AssetRegistry& registry, std::string_view text, const std::string& found)
+{
+    if (registry.NoteReference(text))
+    {
+        Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning,
+                  "Asset reference '" + std::string(text) + "' differs in case from " + found);
+    }
+}
+
 std::optional<fs::path> FindInOtherCase(const AssetRegistry& registry, std::string_view text,
                                         const fs::path& root, const fs::path& path)
 {
+    const auto findEntry = [&](const fs::path& folder, const std::string& name)
+    { return registry.FindEntryIgnoringCase(folder, name); };
     std::optional<fs::path> found =
-        text.starts_with(kContentPrefix) ? FindIgnoringCase(root, path) : std::nullopt;
-    if (found && registry.NoteReference(text))
+        text.starts_with(kContentPrefix) ? FindIgnoringCase(root, path, findEntry) : std::nullopt;
+    // What only winds its way there is spelled right all the same.
+    if (found && *found != path.lexically_normal())
     {
-        Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning,
-                  "Asset reference '" + std::string(text) + "' differs in case from " + found->native());
+        WarnOfCase(registry, text, found->native());
     }
     return found;
 }
@@ -92,7 +104,7 @@ std::optional<fs::path> FindInOtherCase(const AssetRegistry& registry, std::stri
 /// What a `content:` or `path:` text names; empty for another form.
 fs::path ResolveFilePath(const AssetRegistry& registry, std::string_view text, bool* legacyEncoding)
 {
-    const fs::path root = registry.ContentRoot();
+    const fs::path root = registry.GetContentRoot();
     const std::optional<fs::path> plain = DecodeReferencePath(text, root, false);
     if (!plain || plain->empty() || Platform::PathExists(*plain))
     {
@@ -145,7 +157,7 @@ AssetId ResolveDerived(const AssetRegistry& registry, std::string_view text, Ass
         return key ? registry.FindSubAsset(source, *key, kind) : 0;
     }
     const fs::path legacyChild =
-        DecodeReferencePath(parts->rest, registry.ContentRoot(), true).value_or(fs::path());
+        DecodeReferencePath(parts->rest, registry.GetContentRoot(), true).value_or(fs::path());
     const fs::path child = isLegacy ? legacyChild : ResolveReferencePath(registry, parts->rest);
     AssetId id = 0;
     if (!child.empty())
@@ -184,9 +196,27 @@ std::size_t EndOfReference(std::string_view text, std::size_t start, bool isGuid
                                         : text.find_first_of(kTerminators, start));
 }
 
-} // namespace
+/// A path of names alone, none of which has a meaning of its own; nothing for any other.
+std::optional<std::string> PlainPath(std::string_view text)
+{
+    std::string path(text);
+    std::replace(path.begin(), path.end(), '\\', '/');
+    std::size_t start = 0;
+    for (bool isLast = false; !isLast;)
+    {
+        const std::size_t slash = path.find('/', start);
+        isLast = slash == std::string::npos;
+        const std::string_view name = std::string_view(path).substr(start, slash - start);
+        if (name.empty() || name == "." || name == ".." || name.find('\0') != std::string_view::npos)
+        {
+            return std::nullopt;
+        }
+        start = slash + 1;
+    }
+    return path;
+}
 
-AssetId ResolveAssetReference(const AssetRegistry& registry, std::string_view text, AssetKind requiredKind)
+AssetId FindReferenced(const AssetRegistry& registry, std::string_view text, AssetKind requiredKind)
 {
     if (text.starts_with(kGuidPrefix))
     {
@@ -197,12 +227,57 @@ AssetId ResolveAssetReference(const AssetRegistry& registry, std::string_view te
     {
         return registry.FindBuiltin(text.substr(kBuiltinPrefix.size()));
     }
+    if (!IsPathReference(text))
+    {
+        return 0;
+    }
+    if (text.starts_with(kContentPrefix))
+    {
+        const std::optional<std::string> relative = PlainPath(text.substr(kContentPrefix.size()));
+        if (const auto answer = relative ? registry.FindPlainPath(*relative) : std::nullopt)
+        {
+            if (!answer->otherCase.empty())
+            {
+                WarnOfCase(registry, text, answer->otherCase);
+            }
+            return answer->id;
+        }
+    }
+    if (const std::optional<AssetId> known = registry.FindAnswer(text, requiredKind))
+    {
+        return *known;
+    }
+    const Platform::ReadFaultWatch faults("/");
+    AssetId id = 0;
     if (text.starts_with(kDerivedPrefix))
     {
-        return ResolveDerived(registry, text, requiredKind);
+        id = ResolveDerived(registry, text, requiredKind);
     }
-    const fs::path path = ResolveReferencePath(registry, text);
-    return path.empty() ? 0 : registry.FindByPath(path);
+    else if (const fs::path path = ResolveReferencePath(registry, text); !path.empty())
+    {
+        id = registry.FindByPath(path);
+    }
+    if (faults.FirstError() == 0) // the next look may tell more
+    {
+        registry.KeepAnswer(text, requiredKind, id);
+    }
+    return id;
+}
+
+} // namespace
+
+AssetId ResolveAssetReference(const AssetRegistry& registry, std::string_view text, AssetKind requiredKind)
+{
+    if (text.empty())
+    {
+        return 0;
+    }
+    const AssetId id = FindReferenced(registry, text, requiredKind);
+    if (id == 0 || registry.IsProvisional(id))
+    {
+        registry.NoteUnresolvedReference();
+    }
+    return id;
 }
 
 std::string FormatAssetReference(const AssetRegistry& registry, AssetId id)
@@ -243,7 +318,7 @@ std::string FormatPathReference(const AssetRegistry& registry, const fs::path& p
         return {};
     }
     const fs::path canonical = Platform::CanonicalPath(path);
-    const std::optional<fs::path> relative = Platform::RelativeToRoot(registry.ContentRoot(), canonical);
+    const std::optional<fs::path> relative = Platform::RelativeToRoot(registry.GetContentRoot(), canonical);
     if (relative && *relative != ".")
     {
         return std::string(kContentPrefix) + Platform::NormalizedCaseKey(*relative);
@@ -284,11 +359,16 @@ bool IsPathReference(std::string_view text) noexcept
 
 AssetId ResolveLegacyAssetId(const AssetRegistry& registry, std::uint64_t number)
 {
-    if (number == 0 || registry.FindRecord(number))
+    if (number == 0)
     {
-        return number;
+        return 0;
     }
-    return registry.FindByPathHash(number, LegacyRoots());
+    const AssetId id = registry.FindRecord(number) ? number : registry.FindByPathHash(number, LegacyRoots());
+    if (id == 0 || registry.IsProvisional(id))
+    {
+        registry.NoteUnresolvedReference();
+    }
+    return id;
 }
 
 Reflection::SchemaCodecContext MakeSceneCodecContext(const AssetRegistry& registry)

@@ -2,19 +2,19 @@
 
 #include "engine/assets/registry/AssetTables.h"
 #include "engine/assets/registry/PathHashTable.h"
-#include "engine/core/Hash.h"
+#include "engine/assets/registry/ReferenceMemo.h"
 #include "engine/core/files/FolderLock.h"
 #include "engine/core/files/Paths.h"
 #include "engine/core/logging/Logger.h"
 #include "engine/core/system/System.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <mutex>
 #include <shared_mutex>
 #include <stdexcept>
 #include <tuple>
-#include <unordered_set>
 #include <utility>
 
 namespace Vornu::Assets
@@ -86,8 +86,32 @@ struct AssetRegistry::State
     AssetTables tables;
     std::vector<AssetKind> strippedKinds;
     PathHashTable pathHashes; // used under the shared lock; its own lock lies inside
-    std::mutex notedMutex;
-    std::unordered_set<std::string, Core::TextHash, std::equal_to<>> notedReferences;
+    std::mutex memoMutex;     // inside the other one
+    ReferenceMemo memo;
+    std::atomic<std::uint64_t> unresolvedReferences = 0;
+    std::atomic<bool> hasProvisional = false;
+
+    /// The memo as it stands for the present tables, held by its lock.
+    std::pair<ReferenceMemo&, std::unique_lock<std::mutex>> Memo()
+    {
+        std::unique_lock lock(memoMutex);
+        memo.StartRevision(tables.Revision());
+        return {memo, std::move(lock)};
+    }
+
+    /// Changes the tables.
+    template<class Change>
+    auto Write(Change change)
+    {
+        const std::unique_lock lock(mutex);
+        struct Finish
+        {
+            ~Finish() { state.hasProvisional = state.tables.HasProvisional(); }
+            State& state;
+        };
+        const Finish finish{*this};
+        return change(tables);
+    }
 };
 
 AssetRegistry::AssetRegistry() : state_(std::make_shared<State>()) {}
@@ -99,8 +123,7 @@ void AssetRegistry::Mount(const fs::path& contentRoot, AssetMountMode mode)
     MountedRoot root = CheckedRoot(contentRoot, mode);
     // Waiting for other programs mustn't hold up the lookups of this one.
     const std::optional<Platform::FolderLock> folderLock = LockForWriting(root);
-    const std::unique_lock lock(state_->mutex);
-    state_->tables.Mount(std::move(root));
+    state_->Write([&](AssetTables& tables) { tables.Mount(std::move(root)); });
 }
 
 void AssetRegistry::Refresh()
@@ -109,23 +132,20 @@ void AssetRegistry::Refresh()
     const MountedRoot root = state_->tables.Root();
     reading.unlock();
     const std::optional<Platform::FolderLock> folderLock = LockForWriting(root);
-    const std::unique_lock lock(state_->mutex);
-    state_->tables.Refresh();
+    state_->Write([](AssetTables& tables) { tables.Refresh(); });
 }
 
 void AssetRegistry::Clear()
 {
-    const std::unique_lock lock(state_->mutex);
-    state_->tables.Clear();
+    state_->Write([](AssetTables& tables) { tables.Clear(); });
 }
 
 AssetId AssetRegistry::RegisterFile(AssetKind kind, const fs::path& path)
 {
-    const std::unique_lock lock(state_->mutex);
-    return state_->tables.RegisterFile(kind, path);
+    return state_->Write([&](AssetTables& tables) { return tables.RegisterFile(kind, path); });
 }
 
-AssetId AssetRegistry::RegisterBuiltin(const std::string& name, AssetKind kind)
+AssetId AssetRegistry::RegisterBuiltin(AssetKind kind, const std::string& name)
 {
     const std::unique_lock lock(state_->mutex);
     return state_->tables.RegisterBuiltin(kind, name);
@@ -134,8 +154,13 @@ AssetId AssetRegistry::RegisterBuiltin(const std::string& name, AssetKind kind)
 AssetId AssetRegistry::RegisterSubAsset(AssetKind kind, const fs::path& source, const fs::path& child,
                                         const std::string& key, const std::string& displayName)
 {
-    const std::unique_lock lock(state_->mutex);
-    return state_->tables.RegisterSubAsset(kind, source, child, key, displayName);
+    return RegisterSubAssets(source, {{kind, child, key, displayName}}).front();
+}
+
+std::vector<AssetId> AssetRegistry::RegisterSubAssets(const fs::path& source,
+                                                      const std::vector<SubAssetEntry>& entries)
+{
+    return state_->Write([&](AssetTables& tables) { return tables.RegisterSubAssets(source, entries); });
 }
 
 void AssetRegistry::RemoveAssetsOfFile(const fs::path& source)
@@ -226,7 +251,8 @@ std::optional<AssetSidecar> AssetRegistry::FindSidecar(const fs::path& path) con
 std::optional<fs::path> AssetRegistry::SourceOfSubGuid(const Core::Guid& guid) const
 {
     const std::shared_lock lock(state_->mutex);
-    return Copied(state_->tables.SourceOfSubGuid(guid));
+    const std::string_view source = state_->tables.SourceOfSubGuid(guid);
+    return source.empty() ? std::nullopt : std::optional(fs::path(source));
 }
 
 std::vector<AssetRegistry::RecordPointer> AssetRegistry::ListRecords() const
@@ -234,10 +260,7 @@ std::vector<AssetRegistry::RecordPointer> AssetRegistry::ListRecords() const
     std::vector<RecordPointer> list;
     {
         const std::shared_lock lock(state_->mutex);
-        for (const auto& [id, record] : state_->tables.Records())
-        {
-            list.push_back(record);
-        }
+        list = state_->tables.Records(AssetKind::Unknown);
     }
     std::sort(list.begin(), list.end(),
               [](const RecordPointer& a, const RecordPointer& b)
@@ -248,15 +271,10 @@ std::vector<AssetRegistry::RecordPointer> AssetRegistry::ListRecords() const
 std::vector<AssetRegistry::RecordPointer> AssetRegistry::ListRecordsOfKind(AssetKind kind) const
 {
     std::vector<RecordPointer> list;
+    if (kind != AssetKind::Unknown) // no asset is
     {
         const std::shared_lock lock(state_->mutex);
-        for (const auto& [id, record] : state_->tables.Records())
-        {
-            if (record->kind == kind)
-            {
-                list.push_back(record);
-            }
-        }
+        list = state_->tables.Records(kind);
     }
     std::sort(list.begin(), list.end(),
               [](const RecordPointer& a, const RecordPointer& b) {
@@ -266,22 +284,54 @@ std::vector<AssetRegistry::RecordPointer> AssetRegistry::ListRecordsOfKind(Asset
     return list;
 }
 
-fs::path AssetRegistry::ContentRoot() const
+fs::path AssetRegistry::GetContentRoot() const
 {
     const std::shared_lock lock(state_->mutex);
     return state_->tables.Root().path;
 }
 
-AssetMountMode AssetRegistry::Mode() const
+AssetMountMode AssetRegistry::GetMode() const
 {
     const std::shared_lock lock(state_->mutex);
     return state_->tables.Root().mode;
 }
 
-std::uint64_t AssetRegistry::Revision() const
+std::uint64_t AssetRegistry::GetRevision() const
 {
     const std::shared_lock lock(state_->mutex);
     return state_->tables.Revision();
+}
+
+std::string AssetRegistry::UnreadPart() const
+{
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.Unread().First();
+}
+
+void AssetRegistry::NoteUnread(const fs::path& path, const std::string& cause)
+{
+    const std::unique_lock lock(state_->mutex);
+    state_->tables.NoteUnread(path.native(), cause);
+}
+
+bool AssetRegistry::IsProvisional(AssetId id) const
+{
+    if (!state_->hasProvisional)
+    {
+        return false; // as nearly always
+    }
+    const std::shared_lock lock(state_->mutex);
+    return state_->tables.IsProvisional(id);
+}
+
+std::uint64_t AssetRegistry::UnresolvedReferences() const noexcept
+{
+    return state_->unresolvedReferences;
+}
+
+void AssetRegistry::NoteUnresolvedReference() const noexcept
+{
+    ++state_->unresolvedReferences;
 }
 
 void AssetRegistry::SetStrippedKinds(std::vector<AssetKind> kinds)
@@ -297,10 +347,62 @@ bool AssetRegistry::IsStripped(AssetKind kind) const
     return std::find(kinds.begin(), kinds.end(), kind) != kinds.end();
 }
 
+std::optional<AssetRegistry::PlainAnswer> AssetRegistry::FindPlainPath(std::string_view relative) const
+{
+    const std::shared_lock lock(state_->mutex);
+    const MountedRoot& root = state_->tables.Root();
+    if (root.key.empty())
+    {
+        return std::nullopt;
+    }
+    std::string key = root.key;
+    key.append("/").append(relative);
+    if (const AssetId id = state_->tables.FindByPathKey(key))
+    {
+        return PlainAnswer{id, {}}; // keys are canonical, so this is where the file stands
+    }
+    const auto [memo, memoLock] = state_->Memo();
+    const std::optional<ReferenceMemo::Place> place = memo.FindPlace(root.path.native(), relative);
+    if (!place)
+    {
+        return std::nullopt;
+    }
+    const AssetId id = state_->tables.FindByPathKey(place->canonicalKey);
+    if (place->exists && id == 0)
+    {
+        return std::nullopt; // a link, or no asset
+    }
+    return PlainAnswer{id, place->exists && place->differsInCase ? place->path : std::string()};
+}
+
+std::optional<std::string> AssetRegistry::FindEntryIgnoringCase(const fs::path& folder,
+                                                                const std::string& name) const
+{
+    const std::shared_lock lock(state_->mutex);
+    const auto [memo, memoLock] = state_->Memo();
+    const ReferenceMemo::Folder* const listed = memo.List(folder.native());
+    const auto* const found = listed == nullptr ? nullptr : listed->names.Find(WithoutCase(name));
+    return found == nullptr || found->hasOthers ? std::nullopt : std::optional(found->exact);
+}
+
+std::optional<AssetId> AssetRegistry::FindAnswer(std::string_view text, AssetKind requiredKind) const
+{
+    const std::shared_lock lock(state_->mutex);
+    const auto [memo, memoLock] = state_->Memo();
+    return memo.FindAnswer(text, requiredKind);
+}
+
+void AssetRegistry::KeepAnswer(std::string_view text, AssetKind requiredKind, AssetId id) const
+{
+    const std::shared_lock lock(state_->mutex);
+    const auto [memo, memoLock] = state_->Memo();
+    memo.KeepAnswer(text, requiredKind, id);
+}
+
 bool AssetRegistry::NoteReference(std::string_view text) const
 {
-    const std::lock_guard lock(state_->notedMutex);
-    return state_->notedReferences.emplace(text).second;
+    const std::lock_guard lock(state_->memoMutex);
+    return state_->memo.NoteWarning(text);
 }
 
 } // namespace Vornu::Assets

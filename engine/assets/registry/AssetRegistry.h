@@ -4,6 +4,7 @@
 #include "engine/assets/identity/AssetKind.h"
 #include "engine/assets/identity/AssetRecord.h"
 #include "engine/assets/identity/AssetSidecar.h"
+#include "engine/assets/registry/AssetScan.h"
 #include "engine/core/Guid.h"
 
 #include <cstdint>
@@ -47,13 +48,17 @@ public:
 
     /// Enters a file, inside the folder or outside, and gives it an identity as a scan would.
     AssetId RegisterFile(AssetKind kind, const std::filesystem::path& path);
-    AssetId RegisterBuiltin(const std::string& name, AssetKind kind);
+    AssetId RegisterBuiltin(AssetKind kind, const std::string& name);
 
     /// Enters an asset that `source` holds, or that was generated from it into the file `child` unless that
     /// is empty. `key` tells it from the others of the source; its GUID is listed in the source's sidecar.
     AssetId RegisterSubAsset(AssetKind kind, const std::filesystem::path& source,
                              const std::filesystem::path& child, const std::string& key,
                              const std::string& displayName);
+
+    /// The same for several assets of one source, whose sidecar is written once. Gives their ids in order.
+    std::vector<AssetId> RegisterSubAssets(const std::filesystem::path& source,
+                                           const std::vector<SubAssetEntry>& entries);
 
     /// Takes out all sub-assets of a source.
     void RemoveAssetsOfFile(const std::filesystem::path& source);
@@ -91,15 +96,46 @@ public:
     std::vector<RecordPointer> ListRecordsOfKind(AssetKind kind) const;
 
     /// Canonical; empty without a folder.
-    std::filesystem::path ContentRoot() const;
-    AssetMountMode Mode() const;
+    std::filesystem::path GetContentRoot() const;
+    AssetMountMode GetMode() const;
     /// Rises with every change.
-    std::uint64_t Revision() const;
+    std::uint64_t GetRevision() const;
+
+    /// What of the content folder the last scan, or a registration since, couldn't read, and an identity that
+    /// it couldn't write: "<path>: <cause>" of the first in the order of paths, empty if there is none. An
+    /// asset that isn't found may stand there.
+    std::string UnreadPart() const;
+    void NoteUnread(const std::filesystem::path& path, const std::string& cause);
+    /// The asset's sidecar couldn't be read, so that its GUID is good for this run alone. No file should hold
+    /// a reference to it.
+    bool IsProvisional(AssetId id) const;
+    /// How many references have come out empty or provisional so far; who compares two counts knows whether
+    /// one did in between.
+    std::uint64_t UnresolvedReferences() const noexcept;
+    void NoteUnresolvedReference() const noexcept;
 
     /// Kinds that this package doesn't carry: a reference to one that doesn't resolve is no error.
     void SetStrippedKinds(std::vector<AssetKind> kinds);
     bool IsStripped(AssetKind kind) const;
 
+    // What the resolving of references has found out stands until the revision changes, as told at
+    // `ReferenceMemo`.
+
+    struct PlainAnswer
+    {
+        AssetId id = 0;        // 0 for none
+        std::string otherCase; // the path that was found if its names differ in case
+    };
+
+    /// The asset of a path below the content folder that consists of plain names, as most references do.
+    /// Nothing if it takes another look at the disk to tell.
+    std::optional<PlainAnswer> FindPlainPath(std::string_view relative) const;
+    /// The only entry of a folder that has the name in some case; nothing if there is none, or more than one.
+    std::optional<std::string> FindEntryIgnoringCase(const std::filesystem::path& folder,
+                                                     const std::string& name) const;
+    /// The asset that a text was found to name; nothing for a text that isn't known.
+    std::optional<AssetId> FindAnswer(std::string_view text, AssetKind requiredKind) const;
+    void KeepAnswer(std::string_view text, AssetKind requiredKind, AssetId id) const;
     /// True the first time that a reference is noted, for messages that come once per reference.
     bool NoteReference(std::string_view text) const;
 

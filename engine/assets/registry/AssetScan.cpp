@@ -5,10 +5,13 @@
 #include "engine/core/files/Files.h"
 #include "engine/core/files/FolderWalk.h"
 #include "engine/core/files/Paths.h"
+#include "engine/core/files/ReadFaults.h"
 #include "engine/core/logging/Logger.h"
+#include "engine/core/system/System.h"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -50,14 +53,20 @@ std::uint64_t StampOf(const std::optional<Platform::FileStamp>& file)
     return stamp != 0 ? stamp : 1;
 }
 
+/// The key of a path if it is another text.
+std::string OtherKey(const std::string& path)
+{
+    return path.find('\\') == std::string::npos ? std::string() : Platform::NormalizedCaseKey(path);
+}
+
 class ContentScan
 {
 public:
     void Run(const fs::path& root)
     {
-        const Platform::FileResult walk =
-            Platform::WalkFolder(root, [this](const Platform::FolderEntry& found) { Visit(found); });
-        scan_.error = walk.message;
+        Platform::WalkFolder(
+            root, [this](const Platform::FolderEntry& found) { Visit(found); },
+            [this](const std::string& path, int error) { NoteUnread(path, error); });
         SortEntries();
         AttachSidecars();
     }
@@ -67,25 +76,32 @@ public:
 private:
     struct FoundSidecar
     {
-        std::string assetKey;
         std::string path;
+        std::string otherKey; // empty where the key is the path
+
+        std::string_view AssetKey() const
+        {
+            const std::string_view key = otherKey.empty() ? path : otherKey;
+            return key.substr(0, key.size() - kSidecarExtension.size());
+        }
     };
 
     /// The name comes first, as most files are neither and need no further look.
     void Visit(const Platform::FolderEntry& found)
     {
-        const fs::path name = found.Name();
-        const bool isSidecar = IsSidecarFile(name);
-        const AssetKind kind = isSidecar ? AssetKind::Unknown : KindFromExtension(name);
-        if ((!isSidecar && kind == AssetKind::Unknown) || !found.IsRegularFile())
-        {
-            return;
-        }
+        const std::string_view name = found.Name();
+        const bool isSidecar = IsSidecarName(name);
+        const AssetKind kind = isSidecar ? AssetKind::Unknown : KindFromName(name);
         if (isSidecar)
         {
-            std::string key = Platform::NormalizedCaseKey(found.Path());
-            key.resize(key.size() - kSidecarExtension.size());
-            sidecars_.push_back({std::move(key), found.Path()});
+            // Whatever it is, it has the name; who reads it finds out.
+            sidecars_.push_back({found.Path(), OtherKey(found.Path())});
+            return;
+        }
+        int error = 0;
+        if (kind == AssetKind::Unknown || !found.IsRegularFile(error))
+        {
+            NoteUnread(found.Path(), error);
         }
         else if (found.IsLink())
         {
@@ -98,13 +114,24 @@ private:
     }
 
     /// A link that the system can't follow now may lead to a file that has its identity elsewhere.
-    void AddLinked(AssetKind kind, const fs::path& link)
+    void AddLinked(AssetKind kind, const std::string& link)
     {
         std::error_code error;
         const fs::path path = Platform::CanonicalPath(link, error);
-        if (!error)
+        if (error)
         {
-            scan_.entries.push_back(MakeScanEntry(kind, path));
+            NoteUnread(link, error.value());
+            return;
+        }
+        scan_.entries.push_back(MakeScanEntry(kind, path));
+    }
+
+    void NoteUnread(const std::string& path, int error)
+    {
+        // A path that is too long for the system is there all the same.
+        if (error == ENAMETOOLONG || !Platform::TellsOfAbsence(error))
+        {
+            scan_.unread.Add(path, Platform::SystemErrorText(error));
         }
     }
 
@@ -113,11 +140,9 @@ private:
     {
         ScanEntry& entry = scan_.entries.emplace_back();
         entry.path = found.Path();
-        entry.key = Platform::NormalizedCaseKey(found.Path());
+        entry.otherKey = OtherKey(found.Path());
         entry.kind = kind;
         entry.contentStamp = StampOf(found.ReadStamp());
-        entry.sidecarPath = found.Path();
-        entry.sidecarPath += kSidecarExtension;
     }
 
     void SortEntries()
@@ -125,16 +150,16 @@ private:
         std::vector<ScanEntry>& entries = scan_.entries;
         std::sort(entries.begin(), entries.end(),
                   [](const ScanEntry& a, const ScanEntry& b)
-                  { return std::tie(a.key, a.path) < std::tie(b.key, b.path); });
+                  { return std::tie(a.Key(), a.path) < std::tie(b.Key(), b.path); });
         // A link and the file that it leads to are one asset.
         const auto isRepeated = [](const ScanEntry& first, const ScanEntry& second)
         {
-            if (first.key == second.key && first.path != second.path)
+            if (first.Key() == second.Key() && first.path != second.path)
             {
                 Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning,
                           "Ignoring asset file " + second.path + ", which can't be told from " + first.path);
             }
-            return first.key == second.key;
+            return first.Key() == second.Key();
         };
         entries.erase(std::unique(entries.begin(), entries.end(), isRepeated), entries.end());
     }
@@ -146,21 +171,27 @@ private:
         // is the first one this way, as lower case is behind upper case.
         std::sort(sidecars_.begin(), sidecars_.end(),
                   [](const FoundSidecar& a, const FoundSidecar& b)
-                  { return std::tie(a.assetKey, b.path) < std::tie(b.assetKey, a.path); });
+                  {
+                      const int order = a.AssetKey().compare(b.AssetKey());
+                      return order < 0 || (order == 0 && b.path < a.path);
+                  });
         const auto isRepeated = [](const FoundSidecar& a, const FoundSidecar& b)
-        { return a.assetKey == b.assetKey; };
+        { return a.AssetKey() == b.AssetKey(); };
         sidecars_.erase(std::unique(sidecars_.begin(), sidecars_.end(), isRepeated), sidecars_.end());
 
         auto next = sidecars_.begin();
         for (ScanEntry& entry : scan_.entries)
         {
-            for (; next != sidecars_.end() && next->assetKey < entry.key; ++next)
+            for (; next != sidecars_.end() && next->AssetKey() < entry.Key(); ++next)
             {
                 scan_.orphans.emplace_back(std::move(next->path));
             }
-            if (next != sidecars_.end() && next->assetKey == entry.key)
+            if (next != sidecars_.end() && next->AssetKey() == entry.Key())
             {
-                entry.sidecarPath = std::move(next->path);
+                if (!next->path.ends_with(kSidecarExtension) || !next->path.starts_with(entry.path))
+                {
+                    entry.otherSidecarPath = std::move(next->path);
+                }
                 entry.hasSidecarFile = true;
                 ++next;
             }
@@ -177,6 +208,15 @@ private:
 
 } // namespace
 
+void UnreadParts::Add(const std::string& path, const std::string& cause)
+{
+    if (path_.empty() || path < path_)
+    {
+        path_ = path;
+        cause_ = cause;
+    }
+}
+
 std::string PathKey(const fs::path& path)
 {
     return Platform::NormalizedCaseKey(Platform::CanonicalPath(path));
@@ -191,11 +231,12 @@ ScanEntry MakeScanEntry(AssetKind kind, const fs::path& path)
 {
     ScanEntry entry;
     entry.path = Platform::CanonicalPath(path);
-    entry.key = Platform::NormalizedCaseKey(entry.path);
+    entry.otherKey = OtherKey(entry.path);
     entry.kind = kind;
     entry.contentStamp = ContentStamp(entry.path);
-    entry.sidecarPath = SidecarPath(entry.path);
-    entry.hasSidecarFile = Platform::PathExists(entry.sidecarPath);
+    std::error_code ignored; // what can't be told will show when it is read
+    entry.hasSidecarFile =
+        fs::symlink_status(entry.SidecarFile(), ignored).type() != fs::file_type::not_found;
     return entry;
 }
 

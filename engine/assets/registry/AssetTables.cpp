@@ -1,5 +1,6 @@
 #include "engine/assets/registry/AssetTables.h"
 
+#include "engine/assets/registry/SubAssetList.h"
 #include "engine/core/files/FileDescriptor.h"
 #include "engine/core/files/Files.h"
 #include "engine/core/files/Paths.h"
@@ -7,7 +8,7 @@
 #include "engine/core/logging/Logger.h"
 
 #include <algorithm>
-#include <unordered_set>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -23,34 +24,20 @@ void Warn(std::string message)
     Core::Log(Core::LogCategory::Assets, Core::LogLevel::Warning, std::move(message));
 }
 
-/// The key of a sub-asset without the number that an importer gives to equal names.
-std::string_view WithoutNumber(std::string_view key)
-{
-    const std::size_t last = key.find_last_not_of("0123456789");
-    const bool numbered = last != std::string_view::npos && key[last] == '#' && last + 1 < key.size();
-    return numbered ? key.substr(0, last) : key;
-}
-
 /// A file need not stand at `child` yet, so only its folder is resolved.
 fs::path CanonicalChild(const fs::path& child)
 {
     return Platform::CanonicalPath(Platform::FolderOf(child)) / child.filename();
 }
 
-Core::Guid DerivedSubGuid(const Core::Guid& source, AssetKind kind, const std::string& key)
-{
-    return Core::GuidFromName("vornu-subasset:" + source.ToString() + "|" + std::string(KindWord(kind)) +
-                              "|" + key);
-}
-
 bool WriteOrWarn(const SidecarEntry& entry)
 {
     std::string error;
-    if (WriteSidecar(entry.sidecarPath, entry.sidecar, &error))
+    if (WriteSidecar(entry.SidecarFile(), entry.sidecar, &error))
     {
         return true;
     }
-    Warn("Failed to write asset sidecar " + entry.sidecarPath + ": " + error);
+    Warn("Failed to write asset sidecar " + entry.SidecarFile() + ": " + error);
     return false;
 }
 
@@ -81,9 +68,9 @@ void AssetTables::Refresh()
 {
     ++revision_;
     std::vector<AssetId> gone;
-    for (const auto& [id, record] : records_)
+    for (const auto& [id, cell] : records_)
     {
-        if (!record->isBuiltin)
+        if (!cell.isBuiltin)
         {
             gone.push_back(id);
         }
@@ -91,17 +78,24 @@ void AssetTables::Refresh()
     std::for_each(gone.begin(), gone.end(), [&](AssetId id) { RemoveRecord(id); });
     sidecarByPathKey_.Clear();
     sourcePathBySubGuid_.Clear();
+    idByPathKey_.Clear();
+    pathKeyById_.Clear();
+    texts_.Clear();
+    unread_ = {};
+    provisional_.clear();
     if (root_.path.empty() || !Platform::PathExists(root_.path))
     {
         return;
     }
     FolderScan scan = ScanContentFolder(root_.path);
-    if (!scan.error.empty())
+    const bool isWhole = scan.unread.Empty();
+    if (!isWhole)
     {
-        Warn("Asset scan of " + root_.path.native() + " ended early: " + scan.error);
+        Warn("Asset scan of " + root_.path.native() + " left out " + scan.unread.First());
         scan.orphans.clear(); // their files may stand in what wasn't seen
     }
-    const PathKeyByGuid former = scan.error.empty() ? PathKeyByGuid() : lastPathKeyByGuid_;
+    unread_ = scan.unread;
+    const PathKeyByGuid former = isWhole ? PathKeyByGuid() : lastPathKeyByGuid_;
     OrphanSidecars orphans(std::move(scan.orphans), lastStampByGuid_);
     for (ScanEntry& entry : scan.entries)
     {
@@ -128,7 +122,7 @@ AssetId AssetTables::RegisterFile(AssetKind kind, const fs::path& path)
     {
         AssignNewIdentity(entry, root_);
     }
-    const SidecarEntry* const known = FindSidecar(entry.key);
+    const SidecarEntry* const known = FindSidecar(entry.Key());
     if (known != nullptr && known->sidecar.guid == entry.sidecar->guid)
     {
         entry.sidecar->subAssets = known->sidecar.subAssets;
@@ -144,8 +138,8 @@ bool AssetTables::BelongsToAnotherFile(const ScanEntry& entry) const
     {
         return false;
     }
-    const std::string* const key = pathKeyById_.Find(id);
-    return (key == nullptr || *key != entry.key) && Platform::PathExists(record->path);
+    const std::string_view* const key = pathKeyById_.Find(id);
+    return (key == nullptr || *key != entry.Key()) && Platform::PathExists(record->path);
 }
 
 /// Growing tables of whole records step by step would move each of them several times.
@@ -156,34 +150,43 @@ void AssetTables::ReserveFiles(std::size_t count)
             lastStampByGuid_);
 }
 
+/// The text that the tables share for a key.
+std::string_view AssetTables::KeepKey(std::string_view key)
+{
+    const std::size_t known = sidecarByPathKey_.PositionOf(key);
+    return known != sidecarByPathKey_.kNoPosition ? sidecarByPathKey_.EntryAt(known).first : texts_.Keep(key);
+}
+
 AssetId AssetTables::AddFile(ScanEntry entry)
 {
-    const AssetSidecar& sidecar = *entry.sidecar;
-    AssetRecord record;
-    record.guid = sidecar.guid;
-    record.id = AllocateAssetId(sidecar.guid);
-    record.kind = entry.kind;
-    record.path = entry.path;
-    record.dataPath = record.path;
-    record.name = entry.path.substr(entry.path.rfind('/') + 1);
-    const AssetId id = record.id;
-    ForgetFormerPlace(id, entry.key);
-
-    Enter(std::move(record), {entry.hasSidecarFile ? sidecar.version : 0, entry.contentStamp, {}});
-    idByPathKey_.InsertOrAssign(entry.key, id);
-    pathKeyById_.InsertOrAssign(id, entry.key);
-    lastPathKeyByGuid_.InsertOrAssign(sidecar.guid, entry.key);
+    AssetSidecar& sidecar = *entry.sidecar;
+    if (!entry.fault.empty())
+    {
+        unread_.Add(entry.SidecarFile(), entry.fault);
+    }
+    const AssetId id = AllocateAssetId(sidecar.guid);
+    ForgetFormerPlace(id, entry.Key());
+    if (entry.isProvisional)
+    {
+        provisional_.insert(id);
+    }
+    const std::string_view key = KeepKey(entry.Key());
+    const std::string_view path = entry.otherKey.empty() ? key : texts_.Keep(entry.path);
+    Enter(id, {nullptr, entry.kind, false, sidecar.guid, path},
+          {entry.hasSidecarFile ? sidecar.version : 0, entry.contentStamp, {}});
+    idByPathKey_.InsertOrAssign(key, id);
+    pathKeyById_.InsertOrAssign(id, key);
+    lastPathKeyByGuid_.InsertOrAssign(sidecar.guid, Core::KeyedHash(key));
     if (entry.contentStamp != 0)
     {
         lastStampByGuid_.InsertOrAssign(sidecar.guid, entry.contentStamp);
     }
     for (const AssetSidecarSubAsset& sub : sidecar.subAssets)
     {
-        sourcePathBySubGuid_.InsertOrAssign(sub.guid, entry.path);
+        sourcePathBySubGuid_.InsertOrAssign(sub.guid, path);
     }
-    sidecarByPathKey_.InsertOrAssign(entry.key,
-                                     SidecarEntry{std::move(entry.path), std::move(entry.sidecarPath),
-                                                  std::move(*entry.sidecar), entry.hasSidecarFile});
+    sidecarByPathKey_.InsertOrAssign(
+        key, SidecarEntry{path, std::move(entry.otherSidecarPath), std::move(sidecar), entry.hasSidecarFile});
     return id;
 }
 
@@ -192,10 +195,10 @@ void AssetTables::ForgetFormerPlace(AssetId id, const std::string& key)
 {
     if (records_.Contains(id))
     {
-        const std::string* const known = pathKeyById_.Find(id);
+        const std::string_view* const known = pathKeyById_.Find(id);
         if (known != nullptr && *known != key)
         {
-            const std::string oldKey = *known;
+            const std::string_view oldKey = *known;
             RemoveSubAssets(oldKey);
             sidecarByPathKey_.Erase(oldKey);
         }
@@ -208,27 +211,67 @@ void AssetTables::ForgetFormerPlace(AssetId id, const std::string& key)
     }
 }
 
+void AssetTables::Enter(AssetId id, RecordCell cell, FileFacts facts)
+{
+    idByGuid_.InsertOrAssign(cell.guid, id);
+    facts_.InsertOrAssign(id, std::move(facts));
+    records_.InsertOrAssign(id, std::move(cell));
+    ++revision_;
+}
+
 void AssetTables::Enter(AssetRecord record, FileFacts facts)
 {
+    RecordCell cell{nullptr, record.kind, record.isBuiltin, record.guid, {}};
     const AssetId id = record.id;
-    idByGuid_.InsertOrAssign(record.guid, id);
-    facts_.InsertOrAssign(id, std::move(facts));
-    records_.InsertOrAssign(id, std::make_shared<const AssetRecord>(std::move(record)));
-    ++revision_;
+    cell.made = std::make_shared<const AssetRecord>(std::move(record));
+    Enter(id, std::move(cell), std::move(facts));
+}
+
+AssetTables::RecordPointer AssetTables::Made(AssetId id, const RecordCell& cell)
+{
+    // Readers hold the registry's lock together.
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    if (!cell.made)
+    {
+        AssetRecord record;
+        record.id = id;
+        record.kind = cell.kind;
+        record.guid = cell.guid;
+        record.path = cell.path;
+        record.dataPath = record.path;
+        record.name = cell.path.substr(cell.path.rfind('/') + 1);
+        cell.made = std::make_shared<const AssetRecord>(std::move(record));
+    }
+    return cell.made;
+}
+
+std::vector<AssetTables::RecordPointer> AssetTables::Records(AssetKind kind) const
+{
+    std::vector<RecordPointer> list;
+    for (const auto& [id, cell] : records_)
+    {
+        if (kind == AssetKind::Unknown || cell.kind == kind)
+        {
+            list.push_back(Made(id, cell));
+        }
+    }
+    return list;
 }
 
 void AssetTables::RemoveRecord(AssetId id)
 {
-    const RecordPointer record = FindRecord(id);
-    if (!record)
+    const RecordCell* const cell = records_.Find(id);
+    if (cell == nullptr)
     {
         return;
     }
-    if (FindByGuid(record->guid) == id)
+    const Core::Guid guid = cell->guid;
+    if (FindByGuid(guid) == id)
     {
-        idByGuid_.Erase(record->guid);
+        idByGuid_.Erase(guid);
     }
-    if (const std::string* const key = pathKeyById_.Find(id))
+    if (const std::string_view* const key = pathKeyById_.Find(id))
     {
         if (FindByPathKey(*key) == id)
         {
@@ -247,6 +290,7 @@ void AssetTables::RemoveRecord(AssetId id)
         sourceKeyById_.Erase(id);
     }
     facts_.Erase(id);
+    provisional_.erase(id);
     records_.Erase(id);
 }
 
@@ -288,36 +332,48 @@ AssetId AssetTables::RegisterBuiltin(AssetKind kind, const std::string& name)
     return id;
 }
 
-AssetId AssetTables::RegisterSubAsset(AssetKind kind, const fs::path& source, const fs::path& child,
-                                      const std::string& key, const std::string& displayName)
+std::vector<AssetId> AssetTables::RegisterSubAssets(const fs::path& source,
+                                                    const std::vector<SubAssetEntry>& entries)
 {
-    AssetRecord record;
-    record.path = Platform::CanonicalPath(source);
-    record.dataPath = child.empty() ? record.path : CanonicalChild(child);
-    record.kind = kind;
-    record.name = displayName;
-    record.subKey = key;
-    record.isSubAsset = true;
-    const std::string sourceKey = Platform::NormalizedCaseKey(record.path);
-    SidecarEntry* const sidecar = SidecarOfSource(record.path, sourceKey);
+    const fs::path path = Platform::CanonicalPath(source);
+    const std::string sourceKey = Platform::NormalizedCaseKey(path);
+    SidecarEntry* const sidecar = SidecarOfSource(path, sourceKey);
     const Core::Guid sourceGuid =
         sidecar != nullptr ? sidecar->sidecar.guid : PathDerivedGuid(root_, sourceKey);
-    record.guid = sidecar != nullptr ? GuidOfSubAsset(*sidecar, sourceKey, kind, key)
-                                     : DerivedSubGuid(sourceGuid, kind, key);
-    record.id = AllocateAssetId(record.guid);
-    const AssetId id = record.id;
-    RemoveRecord(id);
-
-    const std::string dataKey = PathKey(record.dataPath);
-    FileFacts facts;
-    if (sidecar != nullptr && sourceGuid.IsValid())
+    const bool isProvisional = IsProvisional(FindByPathKey(sourceKey));
+    const std::vector<Core::Guid> guids =
+        sidecar != nullptr ? GuidsOfSubAssets(*sidecar, sourceKey, entries) : std::vector<Core::Guid>();
+    std::vector<AssetId> ids;
+    for (std::size_t i = 0; i < entries.size(); ++i)
     {
-        facts.dependencies.push_back(sourceGuid);
+        const SubAssetEntry& entry = entries[i];
+        AssetRecord record;
+        record.guid = sidecar != nullptr ? guids[i] : DerivedSubGuid(sourceGuid, entry.kind, entry.key);
+        record.id = AllocateAssetId(record.guid);
+        record.kind = entry.kind;
+        record.name = entry.displayName;
+        record.path = path;
+        record.dataPath = entry.child.empty() ? path : CanonicalChild(entry.child);
+        record.subKey = entry.key;
+        record.isSubAsset = true;
+        const AssetId id = record.id;
+        RemoveRecord(id);
+        const std::string dataKey = PathKey(record.dataPath);
+        FileFacts facts;
+        if (sidecar != nullptr && sourceGuid.IsValid())
+        {
+            facts.dependencies.push_back(sourceGuid);
+        }
+        Enter(std::move(record), std::move(facts));
+        if (isProvisional)
+        {
+            provisional_.insert(id);
+        }
+        sourceKeyById_.InsertOrAssign(id, sourceKey);
+        subAssetsBySource_[sourceKey].InsertOrAssign(id, dataKey);
+        ids.push_back(id);
     }
-    Enter(std::move(record), std::move(facts));
-    sourceKeyById_.InsertOrAssign(id, sourceKey);
-    subAssetsBySource_[sourceKey].InsertOrAssign(id, dataKey);
-    return id;
+    return ids;
 }
 
 /// Null if the source isn't on disk.
@@ -339,54 +395,30 @@ SidecarEntry* AssetTables::SidecarOfSource(const fs::path& source, const std::st
     return sidecarByPathKey_.Find(sourceKey);
 }
 
-Core::Guid AssetTables::GuidOfSubAsset(SidecarEntry& source, const std::string& sourceKey, AssetKind kind,
-                                       const std::string& key)
+std::vector<Core::Guid> AssetTables::GuidsOfSubAssets(SidecarEntry& source, const std::string& sourceKey,
+                                                      const std::vector<SubAssetEntry>& entries)
 {
-    std::vector<AssetSidecarSubAsset>& subAssets = source.sidecar.subAssets;
-    const auto listed = std::find_if(subAssets.begin(), subAssets.end(),
-                                     [&](const auto& sub) { return sub.kind == kind && sub.name == key; });
-    if (listed != subAssets.end())
-    {
-        sourcePathBySubGuid_.InsertOrAssign(listed->guid, source.path);
-        return listed->guid;
-    }
-    AssetSidecarSubAsset* sub = FindRenumbered(source.sidecar, sourceKey, kind, key);
-    if (sub != nullptr)
-    {
-        sub->name = key;
-    }
-    else
-    {
-        sub = &subAssets.emplace_back(
-            AssetSidecarSubAsset{key, kind, DerivedSubGuid(source.sidecar.guid, kind, key)});
-    }
-    const Core::Guid guid = sub->guid;
-    sourcePathBySubGuid_.InsertOrAssign(guid, source.path);
-    if (root_.IsWritable() && source.hasSidecarFile)
-    {
-        WriteOrWarn(source);
-    }
-    return guid;
-}
-
-/// A listed sub-asset that differs from `key` in its number alone and that no live record uses.
-AssetSidecarSubAsset* AssetTables::FindRenumbered(AssetSidecar& sidecar, const std::string& sourceKey,
-                                                  AssetKind kind, const std::string& key) const
-{
-    std::unordered_set<std::string_view> live;
+    SubAssetList list(source.sidecar);
     if (const ById<std::string>* const records = subAssetsBySource_.Find(sourceKey))
     {
         for (const auto& [id, dataKey] : *records)
         {
-            live.insert((*records_.Find(id))->subKey);
+            list.NoteLive(records_.Find(id)->made->subKey);
         }
     }
-    const auto found = std::find_if(sidecar.subAssets.begin(), sidecar.subAssets.end(),
-                                    [&](const AssetSidecarSubAsset& sub) {
-                                        return sub.kind == kind && !live.contains(sub.name) &&
-                                               WithoutNumber(sub.name) == WithoutNumber(key);
-                                    });
-    return found == sidecar.subAssets.end() ? nullptr : &*found;
+    std::vector<Core::Guid> guids;
+    for (const SubAssetEntry& entry : entries)
+    {
+        guids.push_back(list.Take(entry.kind, entry.key));
+        sourcePathBySubGuid_.InsertOrAssign(guids.back(), source.path);
+    }
+    // Nothing is written outside of the folder that is mounted.
+    if (list.HasChanged() && root_.IsWritable() && source.hasSidecarFile && root_.Contains(sourceKey) &&
+        !WriteOrWarn(source))
+    {
+        unread_.Add(source.SidecarFile(), "the identities of its parts could not be written");
+    }
+    return guids;
 }
 
 bool AssetTables::SetFileSetting(std::string_view pathKey, std::string_view key, std::string_view value)
@@ -407,8 +439,8 @@ bool AssetTables::SetFileSetting(std::string_view pathKey, std::string_view key,
 
 AssetTables::RecordPointer AssetTables::FindRecord(AssetId id) const
 {
-    const RecordPointer* const record = records_.Find(id);
-    return record == nullptr ? nullptr : *record;
+    const RecordCell* const cell = records_.Find(id);
+    return cell == nullptr ? nullptr : Made(id, *cell);
 }
 
 AssetId AssetTables::FindByGuid(const Core::Guid& guid) const
@@ -445,9 +477,10 @@ const SidecarEntry* AssetTables::FindSidecar(std::string_view pathKey) const
     return sidecarByPathKey_.Find(pathKey);
 }
 
-const std::string* AssetTables::SourceOfSubGuid(const Core::Guid& guid) const
+std::string_view AssetTables::SourceOfSubGuid(const Core::Guid& guid) const
 {
-    return sourcePathBySubGuid_.Find(guid);
+    const std::string_view* const path = sourcePathBySubGuid_.Find(guid);
+    return path == nullptr ? std::string_view() : *path;
 }
 
 AssetId
@@ -461,7 +494,7 @@ AssetTables::FindSubAsset(std::string_view sourceKey, AssetKind kind,
     }
     for (const auto& [id, dataKey] : *records)
     {
-        const AssetRecord& record = **records_.Find(id);
+        const AssetRecord& record = *records_.Find(id)->made;
         if ((kind == AssetKind::Unknown || record.kind == kind) && matches(record, dataKey))
         {
             return id;

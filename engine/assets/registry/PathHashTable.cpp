@@ -17,15 +17,16 @@ AssetId PathHashTable::Find(std::uint64_t number, const AssetTables& tables,
         revision_ = tables.Revision();
         otherRoots_ = otherRoots;
     }
-    const auto found = idByHash_.find(number);
-    return found == idByHash_.end() ? 0 : found->second;
+    const AssetId* const found = idByHash_.Find(number);
+    return found == nullptr ? 0 : *found;
 }
 
 void PathHashTable::Build(const AssetTables& tables, const std::vector<std::filesystem::path>& otherRoots)
 {
-    idByHash_.clear();
-    for (const auto& [id, record] : tables.Records())
+    idByHash_.Clear();
+    for (const AssetTables::RecordPointer& record : tables.Records(AssetKind::Unknown))
     {
+        const AssetId id = record->id;
         if (record->isBuiltin || record->path.empty())
         {
             continue;
@@ -52,10 +53,10 @@ void PathHashTable::Build(const AssetTables& tables, const std::vector<std::file
 void PathHashTable::Enter(const std::filesystem::path& path, std::string_view suffix, AssetId id)
 {
     const std::string text = Platform::NormalizedCaseKey(path);
-    idByHash_.try_emplace(Core::Fnv1a(suffix, Core::Fnv1a(text)), id);
+    idByHash_.Emplace(Core::Fnv1a(suffix, Core::Fnv1a(text)), id);
     if (const std::optional<std::string> bytes = Core::EncodeWindows1252(text))
     {
-        idByHash_.try_emplace(Core::Fnv1a(suffix, Core::Fnv1a(*bytes)), id);
+        idByHash_.Emplace(Core::Fnv1a(suffix, Core::Fnv1a(*bytes)), id);
     }
 }
 

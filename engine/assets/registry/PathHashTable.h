@@ -1,6 +1,8 @@
 #pragma once
 
 #include "engine/assets/registry/AssetTables.h"
+#include "engine/core/Hash.h"
+#include "engine/core/OrderedMap.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -8,7 +10,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace Vornu::Assets
@@ -28,7 +29,12 @@ private:
     void Enter(const std::filesystem::path& path, std::string_view suffix, AssetId id);
 
     std::mutex mutex_;
-    std::unordered_map<std::uint64_t, AssetId> idByHash_;
+    /// Names of files make these hashes, so another one that nobody can foretell finds them.
+    struct KeyedNumberHash
+    {
+        std::size_t operator()(std::uint64_t number) const noexcept { return Core::KeyedHash(number, 0); }
+    };
+    Core::OrderedMap<std::uint64_t, AssetId, KeyedNumberHash> idByHash_;
     std::optional<std::uint64_t> revision_; // of the last build
     std::vector<std::filesystem::path> otherRoots_;
 };

@@ -35,27 +35,115 @@ FolderStream OpenStream(const std::string& folder, int flags)
     return stream;
 }
 
-/// Some file systems don't tell the type with the name.
-unsigned char TypeOf(int folder, const dirent& entry, const std::string& path)
+/// Some file systems don't tell the type with the name. Gives the error of asking for it, else 0.
+int ReadType(int folder, const dirent& entry, unsigned char& type)
 {
     struct stat status = {};
-    if (entry.d_type != DT_UNKNOWN)
+    type = entry.d_type;
+    if (type != DT_UNKNOWN)
     {
-        return entry.d_type;
+        return 0;
     }
     if (::fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
     {
-        NoteReadFault(path, errno);
-        return DT_UNKNOWN;
+        return errno;
     }
-    return static_cast<unsigned char>(IFTODT(status.st_mode));
+    type = static_cast<unsigned char>(IFTODT(status.st_mode));
+    return 0;
 }
 
-FileResult EndEarly(const std::string& path, int error)
+/// What was found is no longer there, or no folder any more.
+bool HasGone(int error)
 {
-    NoteReadFault(path, error);
-    return FileResult::SystemFailure(path, error);
+    return error == ENOENT || error == ENOTDIR || error == ELOOP;
 }
+
+/// Gives the error that ended the list before its end.
+int ForEachEntry(DIR* stream, Core::FunctionRef<void(const dirent&)> visit)
+{
+    errno = 0;
+    while (const dirent* const found = ::readdir(stream))
+    {
+        const std::string_view name = found->d_name;
+        if (name != "." && name != "..")
+        {
+            visit(*found);
+        }
+        errno = 0;
+    }
+    return errno;
+}
+
+class Walk
+{
+public:
+    Walk(Core::FunctionRef<void(const FolderEntry&)> visit,
+         Core::FunctionRef<void(const std::string&, int)> fault)
+        : visit_(visit), fault_(fault)
+    {
+    }
+
+    void Run(const std::string& root)
+    {
+        // One folder is open at a time, however deep they lie.
+        waiting_.push_back(root);
+        for (bool isRoot = true; !waiting_.empty(); isRoot = false)
+        {
+            std::string path = std::move(waiting_.back());
+            waiting_.pop_back();
+            // A folder below may have become a link since it was found.
+            const FolderStream stream = OpenStream(path, isRoot ? 0 : O_NOFOLLOW);
+            const int error = stream ? List(stream.get(), path) : errno;
+            if (error != 0 && (isRoot || !HasGone(error)))
+            {
+                Report(path, error);
+            }
+        }
+    }
+
+private:
+    int List(DIR* stream, std::string& path)
+    {
+        const std::size_t length = path.size();
+        const int descriptor = ::dirfd(stream);
+        return ForEachEntry(stream,
+                            [&](const dirent& found)
+                            {
+                                path.append("/").append(found.d_name);
+                                Visit(descriptor, found, path, length + 1);
+                                path.resize(length);
+                            });
+    }
+
+    void Visit(int folder, const dirent& found, const std::string& path, std::size_t nameStart)
+    {
+        unsigned char type = DT_UNKNOWN;
+        if (const int error = ReadType(folder, found, type))
+        {
+            if (!HasGone(error))
+            {
+                Report(path, error);
+            }
+            return;
+        }
+        const FolderEntry entry(folder, path, std::string_view(path).substr(nameStart), type);
+        if (entry.IsFolder())
+        {
+            waiting_.push_back(path);
+        }
+        visit_(entry);
+    }
+
+    void Report(const std::string& path, int error)
+    {
+        NoteReadFault(path, error);
+        fault_(path, error);
+    }
+
+    Core::FunctionRef<void(const FolderEntry&)> visit_;
+    Core::FunctionRef<void(const std::string&, int)> fault_;
+    std::vector<std::string> waiting_;
+};
 
 } // namespace
 
@@ -69,16 +157,18 @@ bool FolderEntry::IsLink() const noexcept
     return type_ == DT_LNK;
 }
 
-bool FolderEntry::IsRegularFile() const noexcept
+bool FolderEntry::IsRegularFile(int& error) const noexcept
 {
     struct stat status = {};
+    error = 0;
     if (!IsLink())
     {
         return type_ == DT_REG;
     }
     if (::fstatat(folder_, name_.data(), &status, 0) != 0)
     {
-        NoteReadFault(path_, errno);
+        error = errno;
+        NoteReadFault(path_, error);
         return false;
     }
     return S_ISREG(status.st_mode);
@@ -89,47 +179,19 @@ std::optional<FileStamp> FolderEntry::ReadStamp() const noexcept
     return ReadFileStampAt(folder_, name_.data());
 }
 
-FileResult WalkFolder(const std::filesystem::path& folder, Core::FunctionRef<void(const FolderEntry&)> visit)
+void WalkFolder(const std::filesystem::path& folder, Core::FunctionRef<void(const FolderEntry&)> visit,
+                Core::FunctionRef<void(const std::string& path, int error)> fault)
 {
-    // One folder is open at a time, however deep they lie.
-    std::vector<std::string> waiting = {folder.native()};
-    int flags = 0;
-    while (!waiting.empty())
-    {
-        std::string path = std::move(waiting.back());
-        waiting.pop_back();
-        const FolderStream stream = OpenStream(path, flags);
-        flags = O_NOFOLLOW; // a folder may have become a link since it was found
-        if (!stream)
-        {
-            return EndEarly(path, errno);
-        }
-        const std::size_t length = path.size();
-        errno = 0;
-        while (const dirent* const found = ::readdir(stream.get()))
-        {
-            const std::string_view name = found->d_name;
-            if (name != "." && name != "..")
-            {
-                path.append("/").append(name);
-                const int descriptor = ::dirfd(stream.get());
-                const FolderEntry entry(descriptor, path, std::string_view(path).substr(length + 1),
-                                        TypeOf(descriptor, *found, path));
-                if (entry.IsFolder())
-                {
-                    waiting.push_back(path);
-                }
-                visit(entry);
-                path.resize(length);
-            }
-            errno = 0;
-        }
-        if (errno != 0)
-        {
-            return EndEarly(path, errno);
-        }
-    }
-    return {};
+    Walk(visit, fault).Run(folder.native());
+}
+
+int ListFolder(const std::filesystem::path& folder, Core::FunctionRef<void(std::string_view name)> visit)
+{
+    const FolderStream stream = OpenStream(folder.native(), 0);
+    const int error =
+        stream ? ForEachEntry(stream.get(), [&](const dirent& found) { visit(found.d_name); }) : errno;
+    NoteReadFault(folder, error);
+    return error;
 }
 
 } // namespace Vornu::Platform

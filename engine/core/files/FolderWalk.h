@@ -2,7 +2,6 @@
 
 #include "engine/core/FunctionRef.h"
 #include "engine/core/files/FileStamp.h"
-#include "engine/core/files/Files.h"
 
 #include <filesystem>
 #include <optional>
@@ -28,8 +27,8 @@ public:
 
     bool IsFolder() const noexcept;
     bool IsLink() const noexcept;
-    /// Links followed, which needs the system.
-    bool IsRegularFile() const noexcept;
+    /// Links followed, which needs the system. `error` gets why the system couldn't tell, 0 if it could.
+    bool IsRegularFile(int& error) const noexcept;
 
     /// As `ReadFileStamp` gives it, but without another search for the folder. Needs the system.
     std::optional<FileStamp> ReadStamp() const noexcept;
@@ -42,7 +41,13 @@ private:
 };
 
 /// Calls `visit` for all that is below `folder`, in no particular order. Links are visited and not followed.
-/// What can't be read ends the walk; the message of a failure names it.
-FileResult WalkFolder(const std::filesystem::path& folder, Core::FunctionRef<void(const FolderEntry&)> visit);
+/// What can't be read is left out: `fault` gets its path and the error, and the walk goes on. A folder below
+/// that has gone since it was found is none of them.
+void WalkFolder(const std::filesystem::path& folder, Core::FunctionRef<void(const FolderEntry&)> visit,
+                Core::FunctionRef<void(const std::string& path, int error)> fault);
+
+/// Calls `visit` for the names in a folder, in no particular order. Gives 0 or the error that left names out,
+/// which is noted by `NoteReadFault`.
+int ListFolder(const std::filesystem::path& folder, Core::FunctionRef<void(std::string_view name)> visit);
 
 } // namespace Vornu::Platform

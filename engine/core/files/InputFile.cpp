@@ -70,16 +70,19 @@ std::size_t InputFile::Read(char* out, std::size_t size)
     return done;
 }
 
-bool InputFile::ReadAll(FileBytes& out)
+bool InputFile::ReadAll(FileBytes& out, std::uint64_t limit)
 {
     // One byte more than the file's size lets the first read find the end.
     constexpr std::size_t kUnknownSize = 65536;
-    struct stat status = {};
-    const bool sized = ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
-    std::size_t capacity = sized ? static_cast<std::size_t>(status.st_size) + 1 : kUnknownSize;
+    const std::optional<std::uint64_t> size = RegularSize();
+    if (size > limit)
+    {
+        return false;
+    }
+    std::size_t capacity = size ? static_cast<std::size_t>(*size) + 1 : kUnknownSize;
     out.data = std::make_unique_for_overwrite<char[]>(capacity);
     out.size = Read(out.data.get(), capacity);
-    while (out.size == capacity && !Failed())
+    while (out.size == capacity && out.size <= limit && !Failed())
     {
         capacity *= 2;
         auto larger = std::make_unique_for_overwrite<char[]>(capacity);
@@ -87,7 +90,22 @@ bool InputFile::ReadAll(FileBytes& out)
         out.data = std::move(larger);
         out.size += Read(out.data.get() + out.size, capacity - out.size);
     }
-    return !Failed();
+    return out.size <= limit && !Failed();
+}
+
+std::optional<std::uint64_t> InputFile::RegularSize()
+{
+    struct stat status = {};
+    while (::fstat(descriptor_, &status) != 0)
+    {
+        if (errno != EINTR)
+        {
+            error_ = error_ != 0 ? error_ : errno;
+            Platform::NoteReadFault(path_, errno);
+            return std::nullopt;
+        }
+    }
+    return S_ISREG(status.st_mode) ? std::optional(static_cast<std::uint64_t>(status.st_size)) : std::nullopt;
 }
 
 void InputFile::Rewind()

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,8 @@ struct FileBytes
 class InputFile
 {
 public:
+    static constexpr std::uint64_t kNoLimit = ~std::uint64_t{0};
+
     InputFile() = default;
     explicit InputFile(const std::filesystem::path& path);
     InputFile(InputFile&& other) noexcept;
@@ -41,8 +44,13 @@ public:
     /// Reads up to `size` bytes. Fewer come only at the end of the file or when a read fails.
     std::size_t Read(char* out, std::size_t size);
 
-    /// Reads from the present position to the end. False when a read fails.
-    bool ReadAll(FileBytes& out);
+    /// Reads from the present position to the end. False when a read fails, and when more than `limit` bytes
+    /// come or a regular file has more, for which no memory is taken.
+    bool ReadAll(FileBytes& out, std::uint64_t limit = kNoLimit);
+
+    /// The size of a regular file; nothing for anything else, and if the system can't tell, which is a failed
+    /// read.
+    std::optional<std::uint64_t> RegularSize();
 
     /// Goes back to the first byte. What has failed before stays so.
     void Rewind();

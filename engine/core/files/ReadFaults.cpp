@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <exception>
 #include <mutex>
+#include <system_error>
 #include <vector>
 
 namespace Vornu::Platform
@@ -93,9 +94,22 @@ std::string ReadFaultWatch::First() const
     return error_ == 0 ? std::string() : path_ + ": " + SystemErrorText(error_);
 }
 
+int ReadFaultWatch::FirstError() const noexcept
+{
+    const std::lock_guard lock(ActiveWatches().mutex);
+    return error_;
+}
+
 bool ReadFaultWatch::Concerns(const std::filesystem::path& path, int error) const
 {
-    return (error != EACCES && error != EPERM) || IsPathUnder(root_, NormalizedCaseKey(path));
+    if (error != EACCES && error != EPERM)
+    {
+        return true;
+    }
+    // Asking the system where the path leads could fail as well, so its text has to do.
+    std::error_code ignored;
+    const std::filesystem::path full = std::filesystem::absolute(path, ignored);
+    return IsPathUnder(root_, NormalizedCaseKey((full.empty() ? path : full).lexically_normal()));
 }
 
 } // namespace Vornu::Platform

@@ -27,6 +27,8 @@ public:
 
     /// The first fault, "<path>: <system text>"; empty if there was none.
     std::string First() const;
+    /// Its error number; 0 if there was none.
+    int FirstError() const noexcept;
 
 private:
     friend void NoteReadFault(const std::filesystem::path& path, int error) noexcept;

@@ -266,8 +266,8 @@ Scene LoadCooked(const std::filesystem::path& path, const Scene& target,
 Scene LoadText(const std::filesystem::path& path, Core::InputFile& file, const Scene& target,
                const Assets::AssetRegistry& registry)
 {
-    if (registry.Mode() == Assets::AssetMountMode::ReadOnly &&
-        Assets::RequiresCookedScenes(registry.ContentRoot()))
+    if (registry.GetMode() == Assets::AssetMountMode::ReadOnly &&
+        Assets::RequiresCookedScenes(registry.GetContentRoot()))
     {
         throw LoadFault(
             "Scene \"" + path.native() +

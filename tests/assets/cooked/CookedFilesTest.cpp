@@ -155,7 +155,10 @@ TEST(CookedManifest, BrokenLinesAreNamed)
     const std::string path = (folder / "m").native();
     const std::string good =
         "asset 00000000-0000-0001-0000-000000000002 Mesh \"n\" \"\" \"\" \"\" \"\" 0 0 0 a b \"\" c \"\" 1 0";
+    std::string odd = good;
+    odd.replace(odd.find("0 0 0 a"), 5, "0 0 2");
     const std::pair<std::string, std::string> rows[] = {
+        {"vornu_cooked_manifest 3\n" + odd + "\n", "Malformed cooked asset manifest line: " + odd},
         {"vornu_cooked_manifest 3\n\nnew_word x\n" + good + "\ndependency \"p\" 1f\n", ""},
         {"vornu_cooked_manifest 4\n", "Invalid cooked asset manifest header: " + path},
         {"other 1\n", "Invalid cooked asset manifest header: " + path},
@@ -178,6 +181,13 @@ TEST(CookedManifest, BrokenLinesAreNamed)
     std::string error;
     EXPECT_FALSE(ReadCookedManifest(folder / "none", manifest, &error));
     EXPECT_EQ(error, "Failed to open cooked asset manifest: " + (folder / "none").native());
+    std::filesystem::resize_file(folder.Write("large", ""), 1ull << 40); // of zeros, in one line
+    EXPECT_FALSE(ReadCookedManifest(folder / "large", manifest, &error));
+    EXPECT_EQ(error, "Failed to read cooked asset manifest: " + (folder / "large").native());
+    EXPECT_FALSE(ReadCookedManifest("/dev/zero", manifest, &error));
+    EXPECT_EQ(error, "Failed to read cooked asset manifest: /dev/zero");
+    EXPECT_EQ(ReadWholeFile(folder / "large", &error, 1u << 20), std::nullopt);
+    EXPECT_EQ(error, "Failed to read " + (folder / "large").native() + ": it is larger than 1048576 bytes.");
 }
 
 TEST(CookedManifest, TheDemandForCookedScenesStandsInFrontOfTheAssets)
@@ -198,6 +208,8 @@ TEST(CookedManifest, TheDemandForCookedScenesStandsInFrontOfTheAssets)
         EXPECT_EQ(RequiresCookedScenes(folder.Path()), expected) << text;
         EXPECT_EQ(RequiresCookedScenes(folder.Path()), expected) << text;
     }
+    std::filesystem::resize_file(folder.Write("CookedAssetManifest.vmanifest", ""), 1ull << 40);
+    EXPECT_FALSE(RequiresCookedScenes(folder.Path()));
 }
 
 } // namespace

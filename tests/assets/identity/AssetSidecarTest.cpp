@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <string>
 
+#include <sys/stat.h>
+
 namespace fs = std::filesystem;
 
 namespace Vornu::Assets
@@ -143,8 +145,51 @@ TEST(AssetSidecar, AWriteReplacesTheFileWholeOrLeavesIt)
     EXPECT_EQ(error, "Cannot write sidecar.");
     EXPECT_FALSE(ReadSidecar(folder / "none", &error));
     EXPECT_EQ(error, "Cannot open sidecar.");
-    EXPECT_FALSE(ReadSidecar(folder.Path(), &error));
+    EXPECT_FALSE(ReadSidecar("/proc/self/mem", &error));
     EXPECT_EQ(error, "Failed while reading sidecar.");
+}
+
+TEST(AssetSidecar, OnlyARegularFileOfSomeSizeIsReadAndOnlyItsOwnPlaceWritten)
+{
+    const TestFolder folder;
+    AssetSidecar sidecar = MakeDefaultSidecar(AssetKind::Material, "a.vmat", {0, 7});
+    ASSERT_TRUE(WriteSidecar(folder / "good", sidecar));
+    fs::create_symlink("good", folder / "link");
+    fs::create_symlink("none", folder / "dangling");
+    fs::create_symlink("/dev/zero", folder / "endless");
+    fs::create_directory(folder / "folder");
+    ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
+    folder.Write("large", "");
+    fs::resize_file(folder / "large", kMaxSidecarSize + 1);
+    EXPECT_EQ(ReadSidecar(folder / "link"), sidecar);
+    EXPECT_TRUE(WriteSidecar(folder / "link", sidecar)); // as it is
+    const struct
+    {
+        const char* name;
+        const char* error;
+        const char* fault;
+    } rows[] = {
+        {"dangling", "Cannot open sidecar.", "No such file or directory"},
+        {"endless", "The sidecar is not a regular file.", "not a regular file"},
+        {"folder", "The sidecar is not a regular file.", "not a regular file"},
+        {"fifo", "The sidecar is not a regular file.", "not a regular file"},
+        {"large", "The sidecar is larger than 67108864 bytes.", ""},
+        {"none", "Cannot open sidecar.", ""},
+    };
+    for (const auto& row : rows)
+    {
+        const SidecarReading reading = ReadSidecarFile(folder / row.name);
+        EXPECT_EQ(reading.error + ", " + reading.fault, row.error + std::string(", ") + row.fault);
+    }
+    SetSidecarSetting(sidecar, "k", "v");
+    const std::string before = folder.List();
+    for (const char* const name : {"link", "dangling", "endless", "folder", "fifo"})
+    {
+        std::string error;
+        EXPECT_FALSE(WriteSidecar(folder / name, sidecar, &error));
+        EXPECT_EQ(error, "The sidecar is not a regular file.") << name;
+    }
+    EXPECT_EQ(folder.List(), before);
 }
 
 TEST(AssetSidecar, FollowsItsAsset)

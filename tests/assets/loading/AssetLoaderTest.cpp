@@ -6,6 +6,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -134,6 +135,39 @@ TEST(AssetLoader, EmptyAndUnknownRequests)
     EXPECT_EQ(resident.Version(), 1u);
     EXPECT_EQ(StateText(AssetLoadState::WaitingForDependencies), "WaitingForDependencies");
     EXPECT_EQ(StateText(static_cast<AssetLoadState>(7)), "Unknown");
+}
+
+TEST(AssetLoader, AWaitKeepsNobodyOut)
+{
+    Fixture fixture({}, 1);
+    std::atomic<bool> started = false;
+    std::atomic<bool> submitted = false;
+    bool isFree = false;
+    fixture.Add(2);
+    fixture.Add(1).decode = [&](const AssetBytes&)
+    {
+        started = true;
+        started.notify_all();
+        for (int i = 0; i < 2000 && !submitted; ++i)
+        {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        isFree = submitted;
+        return AssetLoadPayload{std::make_shared<int>(7), 1};
+    };
+    const AssetLoadHandle first = fixture.Submit(1);
+    AssetLoadHandle second;
+    std::thread other(
+        [&]
+        {
+            started.wait(false);
+            second = fixture.Submit(2);
+            submitted = true;
+        });
+    EXPECT_TRUE(fixture.loader.Wait(first));
+    other.join();
+    EXPECT_TRUE(isFree);
+    EXPECT_TRUE(fixture.loader.Wait(second));
 }
 
 TEST(AssetLoader, StagesRunOnTheTaskSystemAndPublishingInUpdate)

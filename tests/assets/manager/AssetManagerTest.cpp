@@ -4,6 +4,7 @@
 #include "engine/assets/formats/mesh/NativeMesh.h"
 #include "engine/assets/formats/texture/ImageDecoder.h"
 #include "engine/assets/registry/AssetReference.h"
+#include "engine/core/files/FileSystemCalls.h"
 #include "engine/core/logging/Logger.h"
 #include "tests/core/TestFolder.h"
 
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <stdexcept>
@@ -350,6 +352,86 @@ TEST_F(AssetManagerTest, AnImporterGivesModelsTheirParts)
     progress.cancel = true;
     assets_.PreloadProjectAssets(&progress);
     EXPECT_EQ(progress.finished, 0u);
+}
+
+TEST_F(AssetManagerTest, OnlyModelsAreImported)
+{
+    content_.Write("level.vscene", "scene_version 6\n");
+    content_.Write("picture.png", "");
+    content_.Write("house.obj", "");
+    int imports = 0;
+    SetModelImporter(
+        [&](const std::filesystem::path&)
+        {
+            ++imports;
+            ImportedSceneData data;
+            MeshAsset mesh = BuiltinMeshes()[0].make();
+            mesh.lods.clear();
+            data.meshes.push_back({"wall", mesh, kNoImportedIndex});
+            return data;
+        });
+    assets_.Initialize(content_.Path(), AssetMountMode::Authoring);
+    EXPECT_FALSE(assets_.ReloadAsset(Find("content:level.vscene")));
+    assets_.RebuildImportedSceneAssets({content_ / "level.vscene", content_ / "picture.png"});
+    EXPECT_EQ(imports, 0);
+
+    // An `.obj` file is a mesh, and yet a model with parts.
+    const AssetId house = assets_.ImportSceneFile(content_ / "house.obj");
+    ASSERT_NE(house, 0u);
+    const AssetRegistry& registry = assets_.GetRegistry();
+    const AssetId wall = registry.FindSubAsset(content_ / "house.obj", "mesh#wall#0", AssetKind::Mesh);
+    ASSERT_NE(wall, 0u);
+    EXPECT_EQ(assets_.FindMesh(wall)->lods, std::vector<MeshLod>{{wall}});
+    EXPECT_TRUE(assets_.EnsureMeshLoaded(house));
+    EXPECT_EQ(assets_.FindMesh(house)->lods, std::vector<MeshLod>{{house}});
+    assets_.Refresh(true);
+    EXPECT_EQ(imports, 3);
+    EXPECT_TRUE(registry.FindRecord(wall));
+
+    // A package holds what it imports, whatever the path to it looks like.
+    const TestFolder outside;
+    outside.Write("far.fbx", "");
+    assets_.Initialize(content_.Path(), AssetMountMode::ReadOnly);
+    const auto winding = content_.Path() / ".." / outside.Path().filename() / "far.fbx";
+    EXPECT_EQ(assets_.ImportSceneFile(winding), 0u);
+    EXPECT_EQ(CountLogged("Read-only assets require a packaged source inside content: " + winding.native()),
+              1u);
+    EXPECT_NE(assets_.ImportSceneFile(std::filesystem::relative(content_ / "house.obj")), 0u);
+    EXPECT_EQ(imports, 4);
+}
+
+TEST_F(AssetManagerTest, TheFirstImportOfManyPartsWritesOneSidecar)
+{
+    content_.Write("a.fbx", "");
+    SetModelImporter(
+        [](const std::filesystem::path&)
+        {
+            ImportedSceneData data;
+            data.materials.assign(20'000, {"m"});
+            data.rigs = {{"r"}};
+            return data;
+        });
+    assets_.Initialize(content_.Path(), AssetMountMode::Authoring);
+    static int renames = 0;
+    renames = 0;
+    Platform::FileSystemCalls calls = Platform::ActiveFileSystemCalls();
+    calls.rename = [](const char* from, const char* to) { return ++renames, std::rename(from, to); };
+    const Platform::FileSystemCalls* const real = Platform::ReplaceFileSystemCalls(&calls);
+    EXPECT_TRUE(assets_.LoadSceneAsset(Find("content:a.fbx")));
+    Platform::ReplaceFileSystemCalls(real);
+    EXPECT_EQ(renames, 1);
+    EXPECT_EQ(ReadSidecar(content_ / "a.fbx.vmeta")->subAssets.size(), 20'001u);
+}
+
+TEST_F(AssetManagerTest, AMeshFileHoldsNoIdOfTheProcess)
+{
+    assets_.Initialize(content_.Path(), AssetMountMode::Authoring);
+    const AssetId cube = Find("builtin:Cube");
+    ASSERT_TRUE(assets_.EnsureMeshLoaded(cube));
+    ASSERT_FALSE(assets_.FindMesh(cube)->lods.empty());
+    const AssetId copy = assets_.CreateMeshAsset(content_ / "copy.vmesh", *assets_.FindMesh(cube));
+    ASSERT_TRUE(assets_.EnsureMeshLoaded(copy));
+    EXPECT_TRUE(assets_.FindMesh(copy)->lods.empty());
 }
 
 TEST_F(AssetManagerTest, ReadOnlyRefusesWhatChangesTheDisk)

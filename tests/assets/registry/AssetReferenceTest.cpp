@@ -1,6 +1,7 @@
 #include "engine/assets/registry/AssetReference.h"
 
 #include "engine/core/Hash.h"
+#include "engine/core/files/FileSystemCalls.h"
 #include "engine/core/files/Folders.h"
 #include "tests/assets/LogLines.h"
 #include "tests/core/Failure.h"
@@ -10,7 +11,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <string>
+#include <utility>
+
+#include <fcntl.h>
 
 namespace fs = std::filesystem;
 
@@ -35,7 +40,7 @@ protected:
         root_.Write("case.vmat", "");
         root_.Write("Case.vmat", "");
         assets_.Mount(root_.Path(), AssetMountMode::ReadOnly);
-        cube_ = assets_.RegisterBuiltin("Builtin/Cube", AssetKind::Mesh);
+        cube_ = assets_.RegisterBuiltin(AssetKind::Mesh, "Builtin/Cube");
         hero_ = assets_.FindByPath(root_ / "Sub/Hero.fbx");
         coffee_ = assets_.FindByPath(root_ / "Caf\u00e9.png");
         body_ = Add(AssetKind::Mesh, "Cache/12_Body.vmesh", "Body");
@@ -145,8 +150,9 @@ TEST_F(AssetReferences, PathsAndTheirText)
 TEST_F(AssetReferences, AnotherCaseIsReportedOnce)
 {
     LogLines log;
+    ResolveAssetReference(assets_, "content:sub/hero.fbx");
     ResolveReferencePath(assets_, "content:sub/hero.fbx");
-    ResolveReferencePath(assets_, "content:sub/hero.fbx");
+    EXPECT_EQ(ResolveReferencePath(assets_, "content:none/../Sub/Hero.fbx"), root_ / "Sub/Hero.fbx");
     EXPECT_EQ(log.Take(), "[Warn] Asset reference 'content:sub/hero.fbx' differs in case from " +
                               (root_ / "Sub/Hero.fbx").string() + "\n");
 }
@@ -216,10 +222,83 @@ TEST_F(AssetReferences, TheCodecWantsTheKindOfTheProperty)
     EXPECT_EQ(codec.textToAsset("content:Caf\xe9.png", texture), coffee_);
     const auto load = [&](const char* text) { return FailureOf([&] { codec.textToAsset(text, texture); }); };
     EXPECT_EQ(load("content:none"), "Unresolved asset or mismatched asset type: Texture / content:none");
-    assets_.SetStrippedKinds({AssetKind::Texture});
+    assets_.SetStrippedKinds({std::begin(kStrippedKinds), std::end(kStrippedKinds)});
+    std::string stripped;
+    for (std::uint32_t kind = 0; kind <= 20; ++kind)
+    {
+        stripped += assets_.IsStripped(static_cast<AssetKind>(kind)) ? std::to_string(kind) + " " : "";
+    }
+    EXPECT_EQ(stripped, "3 4 5 6 14 15 16 17 ");
     EXPECT_EQ(codec.textToAsset("content:none", texture), kStrippedAssetId);
     EXPECT_EQ(load("builtin:Builtin/Cube"),
               "Unresolved asset or mismatched asset type: Texture / builtin:Builtin/Cube");
+}
+
+/// Counts how often folders and files are opened, and may refuse it.
+class Openings
+{
+public:
+    Openings()
+    {
+        count_ = 0;
+        refusal_ = 0;
+        calls_ = Platform::ActiveFileSystemCalls();
+        calls_.open = [](const char* path, int flags, mode_t mode)
+        {
+            ++count_;
+            errno = refusal_;
+            return refusal_ != 0 ? -1 : ::open(path, flags, mode);
+        };
+        real_ = Platform::ReplaceFileSystemCalls(&calls_);
+    }
+    ~Openings() { Platform::ReplaceFileSystemCalls(real_); }
+
+    int Take() { return std::exchange(count_, 0); }
+    void Refuse(int error) { refusal_ = error; }
+
+private:
+    static inline int count_ = 0;
+    static inline int refusal_ = 0;
+    Platform::FileSystemCalls calls_;
+    const Platform::FileSystemCalls* real_ = nullptr;
+};
+
+TEST_F(AssetReferences, AFolderIsListedOncePerRevision)
+{
+    Openings openings;
+    for (const char* const text :
+         {"content:Sub/a.png", "content:Sub/b.png", "content:Sub\\b.png", "content:sub/HERO.fbx",
+          "content:sub/none.fbx", "content:none/a.png", "content:none/b.png"})
+    {
+        const bool isHero = std::string_view(text).ends_with("HERO.fbx");
+        EXPECT_EQ(ResolveAssetReference(assets_, text), isHero ? hero_ : 0) << text;
+        EXPECT_EQ(ResolveAssetReference(assets_, text), isHero ? hero_ : 0) << text;
+    }
+    EXPECT_EQ(openings.Take(), 2); // "Sub" and the content folder
+
+    // A file becomes an asset by being entered, and no earlier.
+    root_.Write("Sub/a.png", "");
+    EXPECT_EQ(ResolveAssetReference(assets_, "content:Sub/a.png"), 0u);
+    const AssetId late = assets_.RegisterFile(AssetKind::Texture, root_ / "Sub/a.png");
+    EXPECT_EQ(ResolveAssetReference(assets_, "content:Sub/a.png"), late);
+    EXPECT_EQ(ResolveAssetReference(assets_, "content:Sub/A.png"), late);
+    root_.Write("Sub/A.png", "");
+    EXPECT_EQ(ResolveAssetReference(assets_, "content:Sub/A.png"), late);
+    assets_.Refresh();
+    EXPECT_EQ(ResolveAssetReference(assets_, "content:Sub/A.png"), assets_.FindByPath(root_ / "Sub/A.png"));
+}
+
+TEST_F(AssetReferences, WhatTheSystemFailsToTellIsAskedAgain)
+{
+    Openings openings;
+    const std::uint64_t unresolved = assets_.UnresolvedReferences();
+    openings.Refuse(EIO);
+    EXPECT_EQ(ResolveAssetReference(assets_, "content:Sub/HERO.fbx"), 0u);
+    EXPECT_EQ(assets_.UnresolvedReferences(), unresolved + 1);
+    openings.Refuse(0);
+    EXPECT_EQ(ResolveAssetReference(assets_, "content:Sub/HERO.fbx"), hero_);
+    EXPECT_EQ(ResolveAssetReference(assets_, ""), 0u);
+    EXPECT_EQ(assets_.UnresolvedReferences(), unresolved + 1);
 }
 
 } // namespace

@@ -3,13 +3,13 @@
 #include "engine/assets/registry/AssetScan.h"
 #include "engine/core/Hash.h"
 #include "engine/core/files/FolderLock.h"
-#include "engine/core/files/ReadFaults.h"
 #include "tests/assets/LogLines.h"
 #include "tests/core/Failure.h"
 #include "tests/core/TestFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <string>
@@ -22,6 +22,7 @@ namespace Vornu::Assets
 namespace
 {
 
+using Test::DeepFolder;
 using Test::FailureOf;
 using Test::LogLines;
 using Test::TestFolder;
@@ -76,14 +77,14 @@ TEST_F(AssetRegistryMount, AuthoringGivesEveryAssetASidecarAndReadOnlyNone)
     EXPECT_EQ(GuidAt("link.png"), ContentGuid("a.PNG"));
     EXPECT_EQ(assets_.FindInfo(ContentGuid("a.PNG"))->sidecarVersion, 0u);
     const AssetId id = assets_.FindByPath(root_ / "sub/Hero.fbx");
-    const std::uint64_t revision = assets_.Revision();
+    const std::uint64_t revision = assets_.GetRevision();
 
     assets_.Mount(root_.Path(), kAuthoring);
     EXPECT_EQ(root_.List(), "Hero.vmeta a.PNG a.PNG.vmeta folder.png link.png notes.txt sub");
     EXPECT_EQ(root_.Read("a.PNG.vmeta"),
               "vmeta 1\nguid " + ContentGuid("a.PNG").ToString() +
                   "\nimporter texture 1\nsettings\nencoding \"auto\"\nmax_size \"0\"\nend\n");
-    EXPECT_GT(assets_.Revision(), revision);
+    EXPECT_GT(assets_.GetRevision(), revision);
     EXPECT_EQ(assets_.FindByPath(root_ / "sub/../sub/Hero.fbx"), id);
     const auto record = assets_.FindRecord(id);
     EXPECT_EQ(record->name, "Hero.fbx");
@@ -127,7 +128,7 @@ TEST_F(AssetRegistryMount, MissingFolders)
     EXPECT_EQ(
         FailureOf<fs::filesystem_error>([&] { assets_.Mount(root_ / "file", kAuthoring); }).substr(0, 19),
         "create_directories:");
-    EXPECT_EQ(assets_.ContentRoot(), "");
+    EXPECT_EQ(assets_.GetContentRoot(), "");
     assets_.Mount(none, kAuthoring);
     EXPECT_TRUE(fs::is_directory(none));
     EXPECT_TRUE(assets_.ListRecords().empty());
@@ -213,6 +214,7 @@ TEST_F(AssetRegistryMount, AnUnreadableSidecarIsKept)
     const std::string warning = "[Warn] Ignoring unreadable asset sidecar " + path + ": Invalid vmeta guid.";
     root_.Write("a.vmat.vmeta", "guid first");
     assets_.Mount(root_.Path(), kReadOnly);
+    EXPECT_EQ(Core::GetLogger().CopyHistory().back().category, Core::LogCategory::General);
     EXPECT_EQ(log_.Take(), warning + "\n");
     assets_.Mount(root_.Path(), kAuthoring);
     EXPECT_EQ(log_.Take(), warning + " A new identity is assigned.\n");
@@ -228,11 +230,70 @@ TEST_F(AssetRegistryMount, ASidecarThatTheSystemFailsToReadStays)
 {
     root_.Write("a.vmat", "");
     fs::create_symlink("/proc/self/mem", root_ / "a.vmat.vmeta"); // opens, and fails to be read
-    const Platform::ReadFaultWatch faults(root_.Path());
+    root_.Write("b.vmat", "");
     assets_.Mount(root_.Path(), kAuthoring);
-    EXPECT_EQ(root_.List(), "a.vmat a.vmat.vmeta");
+    EXPECT_EQ(root_.List(), "a.vmat a.vmat.vmeta b.vmat b.vmat.vmeta");
     EXPECT_TRUE(fs::is_symlink(root_ / "a.vmat.vmeta"));
-    EXPECT_EQ(faults.First(), (root_ / "a.vmat.vmeta").string() + ": Input/output error");
+    EXPECT_EQ(assets_.UnreadPart(), (root_ / "a.vmat.vmeta").string() + ": Input/output error");
+    EXPECT_TRUE(assets_.IsProvisional(assets_.FindByPath(root_ / "a.vmat")));
+    EXPECT_FALSE(assets_.IsProvisional(assets_.FindByPath(root_ / "b.vmat")));
+    fs::remove(root_ / "a.vmat.vmeta");
+    assets_.Refresh();
+    EXPECT_EQ(assets_.UnreadPart(), "");
+    EXPECT_FALSE(assets_.IsProvisional(assets_.FindByPath(root_ / "a.vmat")));
+}
+
+TEST_F(AssetRegistryMount, NothingIsWrittenThroughLinksOfAFolder)
+{
+    const TestFolder elsewhere;
+    const auto link = [&](const char* name, const std::string& text)
+    { fs::create_symlink(elsewhere.Write(name, text), root_ / name); };
+    root_.Write("0.vmat", "");
+    root_.Write("0.vmat.vmeta", SidecarText(7));
+    for (const char* const name : {"broken.vmat", "copied.vmat", "dangling.vmat", "good.vmat"})
+    {
+        root_.Write(name, "");
+    }
+    link("broken.vmat.vmeta", "guid first");
+    link("copied.vmat.vmeta", SidecarText(7));
+    link("good.vmat.vmeta", SidecarText(8));
+    link("asset.vmat", "");                              // an asset that stands elsewhere,
+    elsewhere.Write("asset.vmat.vmeta", SidecarText(7)); // with a copied sidecar of its own
+    fs::create_symlink(elsewhere / "none", root_ / "dangling.vmat.vmeta");
+    const std::string before = root_.List() + elsewhere.List() + elsewhere.Read("copied.vmat.vmeta") +
+                               elsewhere.Read("asset.vmat.vmeta");
+    assets_.Mount(root_.Path(), kAuthoring);
+    const std::string at = root_.Path().string() + "/";
+    const std::string duplicate = "[Warn] Duplicate asset GUID " + GuidNumber(7).ToString() + " in ";
+    const std::string end = " (copied sidecar); assigning a new identity.\n";
+    const std::string unreadable = "[Warn] Ignoring unreadable asset sidecar " + at;
+    std::string expected =
+        unreadable + "broken.vmat.vmeta: Invalid vmeta guid. A new identity is assigned.\n" + unreadable +
+        "dangling.vmat.vmeta: Cannot open sidecar. A new identity is assigned.\n";
+    std::string log = log_.Take();
+    EXPECT_EQ(log.substr(0, expected.size()), expected);
+    EXPECT_NE(log.find(duplicate + at + "copied.vmat" + end), std::string::npos) << log;
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 4) << log;
+    EXPECT_EQ(root_.List() + elsewhere.List() + elsewhere.Read("copied.vmat.vmeta") +
+                  elsewhere.Read("asset.vmat.vmeta"),
+              before);
+    EXPECT_EQ(GuidAt("good.vmat"), GuidNumber(8));
+    EXPECT_EQ(GuidAt("copied.vmat"),
+              Core::GuidFromName("vornu-duplicate:" + GuidNumber(7).ToString() + ":" + at + "copied.vmat"));
+    EXPECT_EQ(GuidAt("broken.vmat"), ContentGuid("broken.vmat"));
+    EXPECT_EQ(assets_.UnreadPart(), at + "broken.vmat.vmeta: Invalid vmeta guid.");
+}
+
+TEST_F(AssetRegistryMount, WhatIsFoundDoesNotDependOnWhatCantBeRead)
+{
+    const DeepFolder deep(root_.Path());
+    for (int i = 0; i < 40; ++i)
+    {
+        root_.Write(std::to_string(i) + "/a.vmat", "");
+    }
+    assets_.Mount(root_.Path(), kAuthoring);
+    EXPECT_EQ(assets_.ListRecords().size(), 40u);
+    EXPECT_NE(assets_.UnreadPart().find(": File name too long"), std::string::npos);
 }
 
 TEST_F(AssetRegistryMount, FilesAreEnteredOneByOne)
@@ -258,10 +319,10 @@ TEST_F(AssetRegistryMount, FilesAreEnteredOneByOne)
     EXPECT_EQ(assets_.FindByPath(root_ / "a.vmat"), 0u);
     EXPECT_EQ(assets_.FindSidecar(root_ / "a.vmat"), std::nullopt);
 
-    const std::uint64_t revision = assets_.Revision();
+    const std::uint64_t revision = assets_.GetRevision();
     EXPECT_TRUE(assets_.SetFileSetting(root_ / "c.vmat", "k", "v"));
     EXPECT_TRUE(assets_.SetFileSetting(root_ / "c.vmat", "k", "v"));
-    EXPECT_EQ(assets_.Revision(), revision + 1);
+    EXPECT_EQ(assets_.GetRevision(), revision + 1);
     EXPECT_EQ(ReadSidecar(root_ / "c.vmat.vmeta"), assets_.FindSidecar(root_ / "c.vmat"));
     EXPECT_EQ(assets_.FindSidecar(root_ / "c.vmat")->settings.size(), 1u);
     EXPECT_FALSE(assets_.SetFileSetting(outside, "k", "v"));
@@ -296,10 +357,10 @@ TEST_F(AssetRegistryMount, SubAssetsAreListedInTheSidecarOfTheirSource)
     EXPECT_EQ(assets_.FindSubAsset(hero, "Body", AssetKind::Texture), 0u);
     EXPECT_EQ(assets_.ListRecordsOfKind(AssetKind::Mesh).front()->subKey, "Body");
 
-    const std::uint64_t revision = assets_.Revision();
+    const std::uint64_t revision = assets_.GetRevision();
     assets_.RemoveAssetsOfFile(hero);
     assets_.RemoveAssetsOfFile(hero);
-    EXPECT_EQ(assets_.Revision(), revision + 1);
+    EXPECT_EQ(assets_.GetRevision(), revision + 1);
     EXPECT_EQ(assets_.FindByGuid(leg), 0u);
     EXPECT_EQ(assets_.SourceOfSubGuid(leg), hero);
 
@@ -307,7 +368,7 @@ TEST_F(AssetRegistryMount, SubAssetsAreListedInTheSidecarOfTheirSource)
     const AssetId lone = assets_.RegisterSubAsset(AssetKind::Mesh, root_ / "no.fbx", {}, "k", "n");
     EXPECT_EQ(assets_.GuidOf(lone),
               Core::GuidFromName("vornu-subasset:" + ContentGuid("no.fbx").ToString() + "|mesh|k"));
-    assets_.RegisterBuiltin("Builtin/Cube", AssetKind::Mesh);
+    assets_.RegisterBuiltin(AssetKind::Mesh, "Builtin/Cube");
     assets_.Refresh();
     EXPECT_EQ(assets_.ListRecords().size(), 2u);
     EXPECT_EQ(assets_.ListRecords().back()->name, "Builtin/Cube");

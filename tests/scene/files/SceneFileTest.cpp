@@ -46,7 +46,7 @@ std::string Frame(int number, const std::string& body = "")
 std::string Load(const std::filesystem::path& path, Scene& scene)
 {
     Assets::AssetManager assets;
-    assets.GetRegistry().RegisterBuiltin("Box", Assets::AssetKind::Mesh);
+    assets.GetRegistry().RegisterBuiltin(Assets::AssetKind::Mesh, "Box");
     std::string error = "old";
     const bool loaded = LoadScene(path, scene, assets, &error);
     EXPECT_EQ(loaded, error.empty());

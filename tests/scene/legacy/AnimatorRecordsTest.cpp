@@ -34,8 +34,8 @@ TEST(AnimatorRecords, TheLaterFlagsAreReadOneByOne)
 TEST(AnimatorRecords, TheRigCameWithVersion3)
 {
     LegacyText legacy;
-    legacy.assets.GetRegistry().RegisterBuiltin("Rig", Assets::AssetKind::Rig);
-    legacy.assets.GetRegistry().RegisterBuiltin("Clip", Assets::AssetKind::AnimationClip);
+    legacy.assets.GetRegistry().RegisterBuiltin(Assets::AssetKind::Rig, "Rig");
+    legacy.assets.GetRegistry().RegisterBuiltin(Assets::AssetKind::AnimationClip, "Clip");
     const std::string entity = "entity \"\" \"E\"\nanimator \"\" ";
     EXPECT_EQ(
         legacy.Changes("scene_version 3\n" + entity + "\"builtin:Rig\" \"builtin:Clip\" \"\" 0", kAnimator),

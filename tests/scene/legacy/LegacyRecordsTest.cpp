@@ -28,7 +28,7 @@ TEST(LegacyRecords, PrefabInstance)
 {
     const std::string source = "11111111-2222-3333-4444-555555555555";
     LegacyText legacy;
-    legacy.assets.GetRegistry().RegisterBuiltin("Lamp", Assets::AssetKind::Prefab);
+    legacy.assets.GetRegistry().RegisterBuiltin(Assets::AssetKind::Prefab, "Lamp");
     const struct
     {
         std::string fields;

@@ -25,11 +25,11 @@ class LegacyText
 public:
     LegacyText() : settings_("VORNU_USER_SETTINGS_DIR", (folder_ / "settings").string())
     {
-        Core::GetLogger().SetConsoleEnabled(false);
+        Core::GetLogger().SetConsoleEnabled(false); // other tests read the history
         assets.Initialize(folder_.Path(), Assets::AssetMountMode::ReadOnly);
-        assets.GetRegistry().RegisterBuiltin("Sky", Assets::AssetKind::Texture);
-        assets.GetRegistry().RegisterBuiltin("Red", Assets::AssetKind::Material);
-        assets.GetRegistry().RegisterBuiltin("Box", Assets::AssetKind::Mesh);
+        assets.GetRegistry().RegisterBuiltin(Assets::AssetKind::Texture, "Sky");
+        assets.GetRegistry().RegisterBuiltin(Assets::AssetKind::Material, "Red");
+        assets.GetRegistry().RegisterBuiltin(Assets::AssetKind::Mesh, "Box");
     }
 
     ~LegacyText() { Core::GetLogger().SetConsoleEnabled(true); }

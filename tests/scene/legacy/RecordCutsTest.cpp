@@ -116,7 +116,7 @@ std::vector<Record> AllRecords(LegacyText& legacy)
         for (std::size_t at = 0; (at = line.find("\"content:", at)) != std::string::npos;)
         {
             const std::string name = line.substr(at + 9, line.find('"', at + 1) - at - 9);
-            legacy.assets.GetRegistry().RegisterBuiltin(name, Assets::KindFromExtension(name));
+            legacy.assets.GetRegistry().RegisterBuiltin(Assets::KindFromExtension(name), name);
             line.replace(at, 9, "\"builtin:");
         }
         const Words words = Split(line);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <limits>
+#include <new>
 #include <stdexcept>
 
 namespace Vornu::Assets
@@ -235,6 +236,10 @@ bool ParseNativeMesh(std::span<const std::byte> bytes, std::string_view subject,
         ReadTrailer(reader);
         mesh = std::move(parsed);
         return true;
+    }
+    catch (const std::bad_alloc&)
+    {
+        throw; // says nothing of the mesh
     }
     catch (const std::exception& fault)
     {
