@@ -22,12 +22,6 @@ constexpr std::string_view kValueHead = "value";
     throw std::runtime_error("Object has no record in text.");
 }
 
-bool IsWritten(const PropertyInfo& property, const TypeInfo& type)
-{
-    return property.attributes.ExistsIn(type.version) &&
-           !HasFlag(property.attributes.flags, PropertyFlags::Runtime);
-}
-
 class ObjectWriter
 {
 public:
@@ -49,7 +43,7 @@ public:
         WriteHead(head, *type);
         for (const PropertyInfo& property : type->properties)
         {
-            if (IsWritten(property, *type))
+            if (type->Stores(property))
             {
                 WriteProperty(property, object, depth + 1);
             }
@@ -64,7 +58,7 @@ private:
         std::uint32_t count = 0;
         for (const PropertyInfo& property : type.properties)
         {
-            count += IsWritten(property, type) ? 1 : 0;
+            count += type.Stores(property) ? 1 : 0;
         }
         char* const begin =
             out_.Reserve(head.size() + EscapedCapacity(type.name.size()) + 2 * Core::kNumberTextCapacity);

@@ -21,12 +21,6 @@ namespace
     throw std::runtime_error("Text isn't of the written form.");
 }
 
-bool IsWritten(const PropertyInfo& property, const TypeInfo& type)
-{
-    return property.attributes.ExistsIn(type.version) &&
-           !HasFlag(property.attributes.flags, PropertyFlags::Runtime);
-}
-
 class ObjectReader
 {
 public:
@@ -45,7 +39,7 @@ public:
         std::uint32_t count = 0;
         for (const PropertyInfo& property : type.properties)
         {
-            if (!IsWritten(property, type))
+            if (!type.Stores(property))
             {
                 continue;
             }

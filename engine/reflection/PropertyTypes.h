@@ -259,6 +259,13 @@ struct TypeInfo
     std::vector<PropertyInfo> properties;
 
     const PropertyInfo* FindProperty(std::string_view propertyName) const noexcept;
+
+    /// Whether a record of the present version holds the property.
+    bool Stores(const PropertyInfo& property) const noexcept
+    {
+        return property.attributes.ExistsIn(version) &&
+               !HasFlag(property.attributes.flags, PropertyFlags::Runtime);
+    }
 };
 
 } // namespace Vornu::Reflection

@@ -113,7 +113,7 @@ SchemaRecord Capture(const ObjectView& object, CodecState& state, std::uint32_t 
     {
         for (const PropertyInfo& property : type.properties)
         {
-            if (!property.attributes.ExistsIn(type.version) || IsRuntime(property))
+            if (!type.Stores(property))
             {
                 continue;
             }
