@@ -202,9 +202,9 @@ TypeInfo& ReflectionRegistry::AppendProperty(TypeInfo& type, PropertyInfo&& prop
     attributes.knownEnum = attributes.enumName.empty() ? nullptr : FindEnum(attributes.enumName);
     attributes.enumName = Keep(attributes.enumName);
     property.lineHead = FieldLineHead(property.name, property.schema.shape, texts_);
-    if (type.properties.size() == type.properties.capacity())
+    if (type.properties.empty())
     {
-        type.properties.reserve(std::max<std::size_t>(16, type.properties.size() * 2));
+        type.properties.reserve(8);
     }
     type.properties.push_back(std::move(property));
     return type;

@@ -70,11 +70,11 @@ public:
     /// Adds a property that is a member of `Owner`. A type that isn't there yet is registered under
     /// `typeName`.
     template<class Owner, class Value>
-    TypeInfo& AddProperty(const std::string& typeName, const std::string& propertyName, Value Owner::*member,
+    TypeInfo& AddProperty(const std::string& typeName, std::string propertyName, Value Owner::*member,
                           PropertyKind kind, const PropertyAttributes& attributes)
     {
         RequireMember(member != nullptr, propertyName);
-        PropertyInfo property = MakeProperty<Value>(propertyName, kind, attributes);
+        PropertyInfo property = MakeProperty<Value>(std::move(propertyName), kind, attributes);
         const Owner& owner = DefaultOf<Owner>();
         property.offset = OffsetIn(&owner, &(owner.*member));
         property.defaultValue = owner.*member;
@@ -84,11 +84,10 @@ public:
 
     /// Adds a property of a type that is laid out at run time and already registered.
     template<class Value>
-    TypeInfo& AddOffsetProperty(const std::string& typeName, const std::string& propertyName,
-                                std::size_t byteOffset, PropertyKind kind,
-                                const PropertyAttributes& attributes, Value defaultValue)
+    TypeInfo& AddOffsetProperty(const std::string& typeName, std::string propertyName, std::size_t byteOffset,
+                                PropertyKind kind, const PropertyAttributes& attributes, Value defaultValue)
     {
-        PropertyInfo property = MakeProperty<Value>(propertyName, kind, attributes);
+        PropertyInfo property = MakeProperty<Value>(std::move(propertyName), kind, attributes);
         property.offset = byteOffset;
         property.defaultValue = std::move(defaultValue);
         return AddOffsetProperty(typeName, std::move(property));
@@ -114,11 +113,10 @@ public:
 
 private:
     template<class Value>
-    PropertyInfo MakeProperty(const std::string& name, PropertyKind kind,
-                              const PropertyAttributes& attributes)
+    PropertyInfo MakeProperty(std::string&& name, PropertyKind kind, const PropertyAttributes& attributes)
     {
         PropertyInfo property;
-        property.name = name;
+        property.name = std::move(name);
         property.schema = MakeValueSchema<Value>(kind);
         property.valueSize = sizeof(Value);
         property.attributes = attributes;

@@ -36,7 +36,7 @@ void AddLayoutRow(ComponentTypeEntry& entry, ComponentLayoutRow row)
 {
     if (entry.fields.empty())
     {
-        entry.fields.reserve(32); // few have more
+        entry.fields.reserve(8);
     }
     entry.fields.push_back(std::move(row));
 }
