@@ -7,6 +7,7 @@
 #include "engine/scene/Scene.h"
 #include "engine/scene/files/SceneFile.h"
 #include "engine/scene/legacy/LegacyReader.h"
+#include "tools/upgrade/UpgradeTool.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -14,7 +15,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <random>
-#include <regex>
 #include <stdexcept>
 #include <string_view>
 #include <vector>
@@ -33,6 +33,9 @@ struct EntityValues
     float position[3];
     float rotation[3];
     float scale;
+    Reference mesh;
+    Reference material;
+    Reference secondMaterial; // empty for most
     bool hasBody;
     float mass;
     float damping;
@@ -57,7 +60,7 @@ std::size_t ParentOf(std::size_t entity, Shape shape)
 }
 
 template<class Visit>
-void ForEachEntity(std::size_t count, Shape shape, Visit visit)
+void ForEachEntity(std::size_t count, Shape shape, References references, Visit visit)
 {
     std::mt19937_64 random(count);
     const auto number = [&random](float limit)
@@ -76,6 +79,9 @@ void ForEachEntity(std::size_t count, Shape shape, Visit visit)
             entity.color[axis] = 0.5f + number(0.5f);
         }
         entity.scale = random() % 4 == 0 ? 1.5f + number(0.5f) : 1.0f;
+        entity.mesh = MeshReference(random, references);
+        entity.material = MaterialReference(random, references);
+        entity.secondMaterial = i % 4 == 0 ? MaterialReference(random, references) : Reference();
         entity.hasBody = i % 5 == 0;
         entity.mass = 20.0f + number(15.0f);
         entity.damping = 0.5f + number(0.5f);
@@ -118,13 +124,12 @@ std::vector<std::string> AllRecords()
 {
     constexpr std::string_view kMainRecords[] = {"animator", "buoyancy_v4", "script"};
     std::ifstream file(VORNU_EXAMPLES "/Content/Levels/every_record_v5.vscene");
-    const std::regex reference("\"content:[^\"]*\"");
     std::vector<std::string> records;
     std::string main;
     for (std::string line; std::getline(file, line);)
     {
         const std::string keyword = line.substr(0, line.find(' '));
-        line = std::regex_replace(line, reference, "\"\"") + "\n";
+        line += "\n";
         if (std::find(std::begin(kMainRecords), std::end(kMainRecords), keyword) != std::end(kMainRecords))
         {
             main = line;
@@ -143,10 +148,12 @@ std::vector<std::string> AllRecords()
     return records;
 }
 
-std::string TerrainText()
+std::string TerrainText(int resolution)
 {
-    std::string text = "terrain 24 24 3 256 256\nterrain_heights 65536";
-    for (int i = 0; i < 65'536; ++i)
+    std::string text;
+    AppendFormat(text, "terrain 24 24 3 %d %d\nterrain_heights %d", resolution, resolution,
+                 resolution * resolution);
+    for (int i = 0; i < resolution * resolution; ++i)
     {
         AppendFormat(text, " %.4g", 0.001 * (i % 997));
     }
@@ -156,7 +163,7 @@ std::string TerrainText()
 std::string MixedSceneText(std::size_t entityCount)
 {
     const std::vector<std::string> records = AllRecords();
-    const std::string terrain = TerrainText();
+    const std::string terrain = TerrainText(256);
     std::mt19937_64 random(entityCount);
     std::string text = "scene_version 5\n";
     for (std::size_t i = 0; i < entityCount; ++i)
@@ -172,14 +179,14 @@ std::string MixedSceneText(std::size_t entityCount)
 
 } // namespace
 
-std::string LegacySceneText(std::size_t entityCount, Shape shape)
+std::string LegacySceneText(std::size_t entityCount, Shape shape, References references)
 {
     if (shape == Shape::Mixed)
     {
         return MixedSceneText(entityCount);
     }
     std::string text = "scene_version 3\nenvironment \"\" 1 1 0 1\n";
-    ForEachEntity(entityCount, shape,
+    ForEachEntity(entityCount, shape, references,
                   [&text](const EntityValues& e)
                   {
                       AppendFormat(text, "entity \"%s\" \"%s\"\n", e.guid.c_str(), e.name.c_str());
@@ -192,7 +199,13 @@ std::string LegacySceneText(std::size_t entityCount, Shape shape)
                                    {e.position[0], e.position[1], e.position[2], e.rotation[0], e.rotation[1],
                                     e.rotation[2], e.scale, e.scale, e.scale},
                                    " ");
-                      text += "\nmesh_renderer \"\" \"\" \"\" 1 1 1 1 0 0 0 1 250\n";
+                      AppendFormat(text, "\nmesh_renderer \"%s\" \"%s\" \"\" 1 1 1 1 0 0 0 1 250\n",
+                                   e.mesh.legacy.c_str(), e.material.legacy.c_str());
+                      if (!e.secondMaterial.legacy.empty())
+                      {
+                          AppendFormat(text, "mesh_material_slot 1 \"%s\"\n",
+                                       e.secondMaterial.legacy.c_str());
+                      }
                       if (e.hasBody)
                       {
                           text += "rigid_body 2 ";
@@ -210,11 +223,16 @@ std::string LegacySceneText(std::size_t entityCount, Shape shape)
     return text;
 }
 
+std::string TerrainSceneText()
+{
+    return "scene_version 3\nentity \"\" \"Hills\"\n" + TerrainText(2000) + "end_entity\n";
+}
+
 std::string JsonSceneText(std::size_t entityCount, Shape shape)
 {
     std::string text = "{\"scene_version\":6,\"entities\":[";
     ForEachEntity(
-        entityCount, shape,
+        entityCount, shape, References::Usual,
         [&text](const EntityValues& e)
         {
             text += text.back() == '[' ? "" : ",";
@@ -226,10 +244,18 @@ std::string JsonSceneText(std::size_t entityCount, Shape shape)
             AppendMember(text, "rotation", {e.rotation[0], e.rotation[1], e.rotation[2]});
             text += ",";
             AppendMember(text, "scale", {e.scale, e.scale, e.scale});
-            text += "}},\"MeshRendererComponent\":{\"mesh\":\"\",\"material\":\"builtin:Builtin/"
-                    "DefaultMaterial\","
-                    "\"materialSlots\":[\"builtin:Builtin/"
-                    "DefaultMaterial\"],\"skeleton\":\"\",\"skinningEnabled\":true,"
+            std::string material = e.material.current.empty() ? e.secondMaterial.current : e.material.current;
+            material = material.empty() ? "builtin:Builtin/DefaultMaterial" : material;
+            AppendFormat(text,
+                         "}},\"MeshRendererComponent\":{\"mesh\":\"%s\",\"material\":\"%s\","
+                         "\"materialSlots\":[\"%s\"",
+                         e.mesh.current.c_str(), material.c_str(), material.c_str());
+            if (!e.mesh.current.empty() || !e.secondMaterial.legacy.empty()) // the mesh has two parts
+            {
+                const bool hasSecond = e.mesh.current.empty() || !e.secondMaterial.current.empty();
+                AppendFormat(text, ",\"%s\"", (hasSecond ? e.secondMaterial.current : material).c_str());
+            }
+            text += "],\"skeleton\":\"\",\"skinningEnabled\":true,"
                     "\"visible\":true,\"occluder\":true,\"allowOcclusion\":true,\"enableLod\":false,"
                     "\"forceLodLevel\":false,\"forcedLodLevel\":0,\"lodDistanceScale\":1,\"maxDrawDistance\":"
                     "250}";
@@ -271,7 +297,7 @@ ScratchFolder::ScratchFolder()
     std::filesystem::create_directories(path_);
     Platform::KeepFreedMemory(); // as the program does
     setenv("VORNU_USER_SETTINGS_DIR", (path_ / "user").c_str(), 1);
-    Core::GetLogger().SetMinimumLevelForAll(Core::LogLevel::Warning);
+    Core::GetLogger().SetMinimumLevelForAll(Core::LogLevel::Error);
 }
 
 ScratchFolder::~ScratchFolder()
@@ -285,19 +311,17 @@ void WriteText(const std::filesystem::path& path, const std::string& text)
     std::ofstream(path, std::ios::binary) << text;
 }
 
-std::filesystem::path MakeCurrentScene(const ScratchFolder& folder, std::size_t entityCount, Shape shape)
+void MakeCurrentScene(const std::filesystem::path& path, std::size_t entityCount, Shape shape)
 {
-    const std::filesystem::path path = folder.File("current.vscene");
     WriteText(path, LegacySceneText(entityCount, shape));
     Assets::AssetManager assets;
-    assets.Initialize(folder.File("Content"), Assets::AssetMountMode::Authoring);
+    assets.Initialize(Upgrade::FindContentFolder(path), Assets::AssetMountMode::Authoring);
     Scene::Scene scene;
     std::string error;
     if (!Scene::Legacy::Load(path, scene, assets, &error) || !Scene::SaveScene(path, scene, assets, &error))
     {
         throw std::runtime_error(error);
     }
-    return path;
 }
 
 } // namespace Vornu::Bench

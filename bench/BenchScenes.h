@@ -1,12 +1,14 @@
 #pragma once
 
+#include "bench/BenchContent.h"
+
 #include <cstddef>
 #include <filesystem>
 #include <string>
 
-/// Scenes to measure: each entity has a transform and a mesh renderer, every fifth a rigid body, every tenth
-/// a point light. Those of a mixed scene have a positional record each, every kind in turn, and every ten
-/// thousandth a terrain of 256 by 256 heights.
+/// Scenes to measure: each entity has a transform and a mesh renderer with a mesh and a material, every
+/// fourth a second material, every fifth a rigid body, every tenth a point light. Those of a mixed scene have
+/// a positional record each, every kind in turn, and every ten thousandth a terrain of 256 by 256 heights.
 namespace Vornu::Bench
 {
 
@@ -19,13 +21,17 @@ enum class Shape
 };
 
 /// A positional scene of format version 3, a mixed one of version 5.
-std::string LegacySceneText(std::size_t entityCount, Shape shape);
+std::string LegacySceneText(std::size_t entityCount, Shape shape, References references = References::Usual);
+
+/// A positional scene of format version 3 with one terrain of 2,000 by 2,000 heights.
+std::string TerrainSceneText();
 
 /// The same entities, of a scene that isn't mixed, as one JSON document, with the values under the names that
 /// records give them.
 std::string JsonSceneText(std::size_t entityCount, Shape shape);
 
-/// A folder for the run's files, removed at the end of the scope. Keeps the program's own folders in there.
+/// A folder for the run's files, removed at the end of the scope. Keeps the program's own folders in there,
+/// and is quiet about what is only worth a warning.
 class ScratchFolder
 {
 public:
@@ -42,7 +48,7 @@ private:
 
 void WriteText(const std::filesystem::path& path, const std::string& text);
 
-/// Converts the legacy text of a scene and gives the path of the current file.
-std::filesystem::path MakeCurrentScene(const ScratchFolder& folder, std::size_t entityCount, Shape shape);
+/// Writes the legacy text of a scene and converts it. The content is that above the path.
+void MakeCurrentScene(const std::filesystem::path& path, std::size_t entityCount, Shape shape);
 
 } // namespace Vornu::Bench

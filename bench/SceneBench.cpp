@@ -2,164 +2,85 @@
 #include "engine/assets/manager/AssetManager.h"
 #include "engine/scene/Scene.h"
 #include "engine/scene/files/SceneFile.h"
-#include "engine/scene/legacy/LegacyReader.h"
-#include "tools/upgrade/Classify.h"
 #include "tools/upgrade/UpgradeFile.h"
 #include "tools/upgrade/VerifyRoundTrip.h"
 
-#include <benchmark/benchmark.h>
+#include <valgrind/callgrind.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <map>
+#include <stdexcept>
 #include <string>
-#include <utility>
+#include <string_view>
 
 namespace Vornu::Bench
 {
 namespace
 {
 
-/// The files of one row; kept, as rows take turns.
-class Fixture
-{
-public:
-    explicit Fixture(const benchmark::State& state)
-    {
-        const auto entityCount = static_cast<std::size_t>(state.range(0));
-        const auto shape = static_cast<Shape>(state.range(1));
-        current = MakeCurrentScene(folder, entityCount, shape);
-        legacy = folder.File("legacy.vscene");
-        WriteText(legacy, LegacySceneText(entityCount, shape));
-        assets.Initialize(folder.File("Content"), Assets::AssetMountMode::Authoring);
-    }
-
-    static Fixture& For(const benchmark::State& state)
-    {
-        static std::map<std::pair<long, long>, Fixture> fixtures;
-        return fixtures.try_emplace({state.range(0), state.range(1)}, state).first->second;
-    }
-
-    ScratchFolder folder;
-    std::filesystem::path current;
-    std::filesystem::path legacy;
-    Assets::AssetManager assets;
-};
-
-void Report(benchmark::State& state, const std::filesystem::path& file)
-{
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(std::filesystem::file_size(file)));
-}
-
-void Require(benchmark::State& state, bool success, const std::string& error)
+void Require(bool success, const std::string& error)
 {
     if (!success)
     {
-        state.SkipWithError(error.c_str());
+        throw std::runtime_error(error);
     }
 }
 
-void Classify(benchmark::State& state)
+/// Lets callgrind count what `operation` takes, under a name of its own.
+template<class Operation>
+void Count(const char* name, Operation operation)
 {
-    Fixture& fixture = Fixture::For(state);
-    for (auto _ : state)
-    {
-        Require(state, !Upgrade::ClassifyFile(fixture.current), "a current file counts as legacy");
-    }
-    Report(state, fixture.current);
+    CALLGRIND_START_INSTRUMENTATION;
+    CALLGRIND_ZERO_STATS;
+    operation();
+    CALLGRIND_DUMP_STATS_AT(name);
+    CALLGRIND_STOP_INSTRUMENTATION;
 }
 
-void LegacyRead(benchmark::State& state)
+/// The stages of one scene, each for the first time, but that assets are mounted.
+void CountStages(std::size_t entities, Shape shape)
 {
-    Fixture& fixture = Fixture::For(state);
-    for (auto _ : state)
-    {
-        Scene::Scene scene;
-        std::string error;
-        Require(state, Scene::Legacy::Load(fixture.legacy, scene, fixture.assets, &error), error);
-    }
-    Report(state, fixture.legacy);
-}
+    const ScratchFolder folder;
+    MakeContent(folder.File("Content"));
+    const std::filesystem::path current = folder.File("Content/Levels/current.vscene");
+    const std::filesystem::path legacy = folder.File("Content/Levels/legacy.vscene");
+    MakeCurrentScene(current, entities, shape);
+    WriteText(legacy, LegacySceneText(entities, shape));
+    Assets::AssetManager assets;
+    assets.Initialize(folder.File("Content"), Assets::AssetMountMode::Authoring);
 
-void Save(benchmark::State& state)
-{
-    Fixture& fixture = Fixture::For(state);
-    Scene::Scene scene;
     std::string error;
-    Require(state, Scene::LoadScene(fixture.current, scene, fixture.assets, &error), error);
-    for (auto _ : state)
-    {
-        Require(state, Scene::SaveScene(fixture.folder.File("saved.vscene"), scene, fixture.assets, &error),
-                error);
-    }
-    Report(state, fixture.current);
-}
-
-void Load(benchmark::State& state)
-{
-    Fixture& fixture = Fixture::For(state);
-    for (auto _ : state)
     {
         Scene::Scene scene;
-        std::string error;
-        Require(state, Scene::LoadScene(fixture.current, scene, fixture.assets, &error), error);
+        Count("load", [&] { Require(Scene::LoadScene(current, scene, assets, &error), error); });
+        Count("save",
+              [&] { Require(Scene::SaveScene(folder.File("saved.vscene"), scene, assets, &error), error); });
     }
-    Report(state, fixture.current);
-}
-
-void UpgradeWhole(benchmark::State& state)
-{
-    Fixture& fixture = Fixture::For(state);
-    const Upgrade::UpgradeOptions options{fixture.folder.File("upgraded.vscene"), false};
-    for (auto _ : state)
-    {
-        const Upgrade::UpgradeResult result = Upgrade::UpgradeFile(fixture.legacy, fixture.assets, options);
-        Require(state, result.status == Upgrade::UpgradeStatus::Converted, result.message);
-    }
-    Report(state, fixture.current);
-}
-
-void Verify(benchmark::State& state)
-{
-    Fixture& fixture = Fixture::For(state);
-    for (auto _ : state)
-    {
-        std::string error;
-        Require(state, Upgrade::VerifyRoundTrip(fixture.current, fixture.assets, error), error);
-    }
-    Report(state, fixture.current);
+    Count("verify", [&] { Require(Upgrade::VerifyRoundTrip(current, assets, error), error); });
+    Count("upgrade",
+          [&]
+          {
+              const Upgrade::UpgradeResult result = Upgrade::UpgradeFile(legacy, assets, {});
+              Require(result.status == Upgrade::UpgradeStatus::Converted, result.message);
+          });
 }
 
 } // namespace
 } // namespace Vornu::Bench
 
+/// Runs under callgrind, which writes a file for each stage.
 int main(int argc, char** argv)
 {
-    using namespace Vornu::Bench;
-    struct Row
+    using Vornu::Bench::Shape;
+    const std::map<std::string_view, Shape> shapes = {
+        {"tree", Shape::Tree}, {"flat", Shape::Flat}, {"deep", Shape::Deep}, {"mixed", Shape::Mixed}};
+    const auto shape = argc == 3 ? shapes.find(argv[1]) : shapes.end();
+    if (shape == shapes.end())
     {
-        const char* name;
-        void (*run)(benchmark::State&);
-    };
-    const Row rows[] = {{"classify", &Classify}, {"legacy_read", &LegacyRead}, {"save", &Save},
-                        {"load", &Load},         {"upgrade", &UpgradeWhole},   {"verify", &Verify}};
-    const std::pair<Shape, const char*> shapes[] = {
-        {Shape::Tree, "/tree"}, {Shape::Flat, "/flat"}, {Shape::Deep, "/deep"}, {Shape::Mixed, "/mixed"}};
-    constexpr long kLargest = 100'000;
-    for (const auto& [shape, shapeName] : shapes)
-    {
-        for (const long count : {10'000L, kLargest})
-        {
-            for (const Row& row : rows)
-            {
-                const std::string name = std::string(row.name) + shapeName;
-                benchmark::RegisterBenchmark(name.c_str(), row.run)
-                    ->Args({count, static_cast<long>(shape)})
-                    ->Iterations(kLargest / count) // samples of equal length
-                    ->Unit(benchmark::kMillisecond);
-            }
-        }
+        std::fprintf(stderr, "Usage: scene_bench tree|flat|deep|mixed <entities>\n");
+        return 2;
     }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    Vornu::Bench::CountStages(std::strtoul(argv[2], nullptr, 10), shape->second);
     return 0;
 }

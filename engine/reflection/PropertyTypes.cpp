@@ -1,16 +1,7 @@
 #include "engine/reflection/PropertyTypes.h"
 
-#include <utility>
-
 namespace Vornu::Reflection
 {
-
-FieldAttr::FieldAttr() = default;
-FieldAttr::FieldAttr(const FieldAttr& other) = default;
-FieldAttr::FieldAttr(FieldAttr&& other) noexcept = default;
-FieldAttr& FieldAttr::operator=(const FieldAttr& other) = default;
-FieldAttr& FieldAttr::operator=(FieldAttr&& other) noexcept = default;
-FieldAttr::~FieldAttr() = default;
 
 FieldAttr& FieldAttr::Label(std::string_view text)
 {

@@ -82,14 +82,15 @@ constexpr bool HasFlag(PropertyFlags flags, PropertyFlags flag) noexcept
 struct AssetTypeInfo;
 struct EnumSchema;
 
-/// Metadata of one property.
+/// Metadata of one property. The texts of a registered one are the registry's; those of others are whoever's
+/// who made them.
 struct PropertyAttributes
 {
-    std::string displayName; // the property's name when left empty
-    std::string tooltip;
-    std::string group;
-    std::string enumName;                          // set exactly when the leaf kind is Enum
-    std::string assetType;                         // set exactly when the leaf kind is AssetRef
+    std::string_view displayName; // the property's name when left empty
+    std::string_view tooltip;
+    std::string_view group;
+    std::string_view enumName;                     // set exactly when the leaf kind is Enum
+    std::string_view assetType;                    // set exactly when the leaf kind is AssetRef
     const AssetTypeInfo* knownAssetType = nullptr; // of that name, when it was there first
     const EnumSchema* knownEnum = nullptr;         // the same
     float rangeMin = 0.0f; // authoring range, for tools; stored values may lie outside
@@ -106,18 +107,10 @@ struct PropertyAttributes
 };
 
 /// What builders take for a field: attributes, and a kind where it isn't the one that the value type
-/// suggests.
+/// suggests. Texts have to live until the field is registered.
 struct FieldAttr : PropertyAttributes
 {
     std::optional<PropertyKind> kind;
-
-    // Not inline: registrations hold hundreds of these in one function.
-    FieldAttr();
-    FieldAttr(const FieldAttr& other);
-    FieldAttr(FieldAttr&& other) noexcept;
-    FieldAttr& operator=(const FieldAttr& other);
-    FieldAttr& operator=(FieldAttr&& other) noexcept;
-    ~FieldAttr();
 
     FieldAttr& Label(std::string_view text);
     FieldAttr& Asset(std::string_view typeName);
@@ -203,7 +196,7 @@ struct DefaultAccessors
 struct PropertyInfo
 {
     std::string name;
-    std::string lineHead; // what its line in a record begins with, up to the value
+    std::string_view lineHead; // what its line in a record begins with, up to the value
     ValueSchema schema;
     std::size_t valueSize = 0;
     PropertyAttributes attributes;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <unordered_set>
 
 namespace Vornu::Reflection
 {
@@ -38,6 +37,14 @@ auto Find(const Map& map, const typename Map::key_type& key) -> typename Map::ma
 }
 
 } // namespace
+
+ReflectionRegistry::ReflectionRegistry()
+{
+    constexpr std::size_t kTypes = 256; // as many as the engine has, so that the tables needn't grow
+    typesByName_.reserve(kTypes);
+    typesById_.reserve(kTypes);
+    enumsByName_.reserve(kTypes / 2);
+}
 
 ReflectionRegistry& ReflectionRegistry::Instance()
 {
@@ -93,16 +100,16 @@ EnumSchema& ReflectionRegistry::RegisterEnum(TypeId type, const std::string& nam
     {
         throw std::invalid_argument("Enum schema requires a name and values.");
     }
-    std::unordered_set<std::string_view> names;
-    for (EnumEntry& entry : values)
+    for (auto entry = values.begin(); entry != values.end(); ++entry)
     {
-        if (entry.name.empty() || !names.insert(entry.name).second)
+        const auto hasName = [&](const EnumEntry& other) { return other.name == entry->name; };
+        if (entry->name.empty() || std::any_of(values.begin(), entry, hasName))
         {
             throw std::invalid_argument("Enum schema contains an empty or duplicate name: " + name);
         }
-        if (entry.displayName.empty())
+        if (entry->displayName.empty())
         {
-            entry.displayName = entry.name;
+            entry->displayName = entry->name;
         }
     }
     EnumSchema* schema = Find(enumsByName_, name);
@@ -156,7 +163,7 @@ void ReflectionRegistry::RequireMember(bool present, const std::string& property
 TypeInfo& ReflectionRegistry::AddProperty(TypeId owner, const std::string& typeName, PropertyInfo&& property)
 {
     CheckAttributes(property.name, property.schema, property.attributes);
-    TypeInfo* type = Find(typesByName_, typeName);
+    TypeInfo* type = FindOwner(typeName);
     if (type == nullptr)
     {
         type = &RegisterType(owner, typeName, "", "", 1);
@@ -171,7 +178,7 @@ TypeInfo& ReflectionRegistry::AddProperty(TypeId owner, const std::string& typeN
 TypeInfo& ReflectionRegistry::AddOffsetProperty(const std::string& typeName, PropertyInfo&& property)
 {
     CheckAttributes(property.name, property.schema, property.attributes);
-    TypeInfo* const type = Find(typesByName_, typeName);
+    TypeInfo* const type = FindOwner(typeName);
     if (type == nullptr)
     {
         throw std::invalid_argument("Reflection offset property needs a registered owner type: " + typeName);
@@ -186,15 +193,33 @@ TypeInfo& ReflectionRegistry::AppendProperty(TypeInfo& type, PropertyInfo&& prop
         throw std::invalid_argument("Duplicate reflection property: " + type.name + "." + property.name);
     }
     property.ownerType = type.type;
-    if (property.attributes.displayName.empty())
+    PropertyAttributes& attributes = property.attributes;
+    attributes.displayName = Keep(attributes.displayName.empty() ? property.name : attributes.displayName);
+    attributes.tooltip = Keep(attributes.tooltip);
+    attributes.group = Keep(attributes.group);
+    attributes.knownAssetType = attributes.assetType.empty() ? nullptr : FindAssetType(attributes.assetType);
+    attributes.assetType = Keep(attributes.assetType);
+    attributes.knownEnum = attributes.enumName.empty() ? nullptr : FindEnum(attributes.enumName);
+    attributes.enumName = Keep(attributes.enumName);
+    property.lineHead = FieldLineHead(property.name, property.schema.shape, texts_);
+    if (type.properties.empty())
     {
-        property.attributes.displayName = property.name;
+        type.properties.reserve(8);
     }
-    property.attributes.knownAssetType = FindAssetType(property.attributes.assetType);
-    property.attributes.knownEnum = FindEnum(property.attributes.enumName);
-    property.lineHead = FieldLineHead(property.name, property.schema.shape);
     type.properties.push_back(std::move(property));
     return type;
+}
+
+/// The type of that name; most properties follow those of the same type.
+TypeInfo* ReflectionRegistry::FindOwner(std::string_view typeName) const noexcept
+{
+    return !types_.empty() && types_.back()->name == typeName ? types_.back().get()
+                                                              : Find(typesByName_, typeName);
+}
+
+std::string_view ReflectionRegistry::Keep(std::string_view text)
+{
+    return text.empty() ? text : texts_.CopyText(text);
 }
 
 const TypeInfo* ReflectionRegistry::FindType(std::string_view name) const noexcept

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/reflection/PropertyTypes.h"
+#include "engine/reflection/SchemaRecord.h"
 #include "engine/reflection/ValueTraits.h"
 
 #include <cstdint>
@@ -15,6 +16,21 @@
 namespace Vornu::Reflection
 {
 
+/// An object as it is made. The same for the whole process, where the making of one for each look would cost.
+template<class Type>
+const Type& DefaultOf()
+{
+    static const Type* const object = new Type{}; // stays until the process ends
+    return *object;
+}
+
+/// Bytes from the start of an object to one of its members.
+inline std::size_t OffsetIn(const void* object, const void* member) noexcept
+{
+    return static_cast<std::size_t>(static_cast<const std::byte*>(member) -
+                                    static_cast<const std::byte*>(object));
+}
+
 /// Description of every compiled type that takes part in files: components, nested values, enums, asset
 /// types.
 ///
@@ -27,7 +43,7 @@ public:
     static ReflectionRegistry& Instance();
 
     /// A registry of its own, for tests.
-    ReflectionRegistry() = default;
+    ReflectionRegistry();
     ReflectionRegistry(const ReflectionRegistry&) = delete;
     ReflectionRegistry& operator=(const ReflectionRegistry&) = delete;
 
@@ -54,14 +70,13 @@ public:
     /// Adds a property that is a member of `Owner`. A type that isn't there yet is registered under
     /// `typeName`.
     template<class Owner, class Value>
-    TypeInfo& AddProperty(const std::string& typeName, const std::string& propertyName, Value Owner::*member,
-                          PropertyKind kind, PropertyAttributes attributes)
+    TypeInfo& AddProperty(const std::string& typeName, std::string propertyName, Value Owner::*member,
+                          PropertyKind kind, const PropertyAttributes& attributes)
     {
         RequireMember(member != nullptr, propertyName);
-        PropertyInfo property = MakeProperty<Value>(propertyName, kind, std::move(attributes));
-        const Owner owner{};
-        property.offset = static_cast<std::size_t>(reinterpret_cast<const std::byte*>(&(owner.*member)) -
-                                                   reinterpret_cast<const std::byte*>(&owner));
+        PropertyInfo property = MakeProperty<Value>(std::move(propertyName), kind, attributes);
+        const Owner& owner = DefaultOf<Owner>();
+        property.offset = OffsetIn(&owner, &(owner.*member));
         property.defaultValue = owner.*member;
         property.isConstructed = true;
         return AddProperty(TypeIdOf<Owner>(), typeName, std::move(property));
@@ -69,11 +84,10 @@ public:
 
     /// Adds a property of a type that is laid out at run time and already registered.
     template<class Value>
-    TypeInfo& AddOffsetProperty(const std::string& typeName, const std::string& propertyName,
-                                std::size_t byteOffset, PropertyKind kind, PropertyAttributes attributes,
-                                Value defaultValue)
+    TypeInfo& AddOffsetProperty(const std::string& typeName, std::string propertyName, std::size_t byteOffset,
+                                PropertyKind kind, const PropertyAttributes& attributes, Value defaultValue)
     {
-        PropertyInfo property = MakeProperty<Value>(propertyName, kind, std::move(attributes));
+        PropertyInfo property = MakeProperty<Value>(std::move(propertyName), kind, attributes);
         property.offset = byteOffset;
         property.defaultValue = std::move(defaultValue);
         return AddOffsetProperty(typeName, std::move(property));
@@ -99,19 +113,21 @@ public:
 
 private:
     template<class Value>
-    PropertyInfo MakeProperty(const std::string& name, PropertyKind kind, PropertyAttributes&& attributes)
+    PropertyInfo MakeProperty(std::string&& name, PropertyKind kind, const PropertyAttributes& attributes)
     {
         PropertyInfo property;
-        property.name = name;
+        property.name = std::move(name);
         property.schema = MakeValueSchema<Value>(kind);
         property.valueSize = sizeof(Value);
-        property.attributes = std::move(attributes);
+        property.attributes = attributes;
         property.valueType = TypeIdOf<Value>();
         property.accessors = &AccessorsOf<Value>();
         property.defaults = DefaultsOf<Value>();
         return property;
     }
 
+    TypeInfo* FindOwner(std::string_view typeName) const noexcept;
+    std::string_view Keep(std::string_view text);
     static void RequireMember(bool present, const std::string& propertyName);
     EnumSchema& RegisterEnum(TypeId type, const std::string& name, std::vector<EnumEntry> values,
                              EnumValue minimum, EnumValue maximum);
@@ -128,6 +144,7 @@ private:
     std::vector<std::unique_ptr<AssetTypeInfo>> assetTypes_;
     std::unordered_map<std::string_view, AssetTypeInfo*> assetTypesByName_;
     mutable std::vector<const TypeInfo*> sortedTypes_;
+    SchemaArena texts_; // of the attributes
 };
 
 /// The four checks of a property's attributes. Throws `std::invalid_argument` with the first that fails.

@@ -351,17 +351,17 @@ SchemaValue::Type StoredType(ValueShape shape) noexcept
     return SchemaValue::Type::Text;
 }
 
-std::string FieldLineHead(std::string_view name, ValueShape shape)
+std::string_view FieldLineHead(std::string_view name, ValueShape shape, SchemaArena& arena)
 {
     const std::string_view word = kFieldWords[static_cast<std::size_t>(StoredType(shape))];
-    std::string head(word.size() + EscapedCapacity(name.size()) + 3, '\0');
-    char* at = std::copy(word.begin(), word.end(), head.data());
+    char* const head = arena.AllocateText(word.size() + EscapedCapacity(name.size()) + 3);
+    char* at = std::copy(word.begin(), word.end(), head);
     *at++ = ' ';
     *at++ = '"';
     at = WriteEscaped(at, name);
     *at++ = '"';
-    head.resize(static_cast<std::size_t>(at - head.data()));
-    return head;
+    arena.ShrinkText(at);
+    return {head, static_cast<std::size_t>(at - head)};
 }
 
 std::string_view FormatFloat(float value, SchemaArena& arena)

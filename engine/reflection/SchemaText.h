@@ -105,7 +105,7 @@ std::size_t EscapedSize(std::string_view text);
 /// How a value of some shape is stored.
 SchemaValue::Type StoredType(ValueShape shape) noexcept;
 /// The keyword and the name that the line of a field begins with.
-std::string FieldLineHead(std::string_view name, ValueShape shape);
+std::string_view FieldLineHead(std::string_view name, ValueShape shape, SchemaArena& arena);
 
 /// Room that `WriteLeaf` needs.
 inline constexpr std::size_t kLeafCapacity = 128;

@@ -64,7 +64,8 @@ std::string ReflectionRegistry::FindStructuralFault(const TypeInfo& type, const 
     {
         return "Opaque custom property has no value schema.";
     }
-    if (leaf.kind == PropertyKind::AssetRef && FindAssetType(attributes.assetType) == nullptr)
+    if (leaf.kind == PropertyKind::AssetRef && attributes.knownAssetType == nullptr &&
+        FindAssetType(attributes.assetType) == nullptr)
     {
         return "Asset-type constraint has not been registered.";
     }

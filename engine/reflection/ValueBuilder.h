@@ -10,28 +10,24 @@
 namespace Vornu::Reflection
 {
 
+namespace Detail
+{
+
+/// `given` with everything filled in that the value type tells.
+FieldAttr CompleteField(const ReflectionRegistry& registry, const char* name, const FieldAttr& given,
+                        PropertyKind naturalKind, TypeId leafType);
+
+} // namespace Detail
+
 /// The attributes of a field of type `Value` with everything filled in that the type tells: the kind, the
 /// name of its enum, and the field's own name as display name.
 template<class Value>
-FieldAttr CompleteField(const ReflectionRegistry& registry, const char* name, FieldAttr attributes)
+FieldAttr CompleteField(const ReflectionRegistry& registry, const char* name, const FieldAttr& given)
 {
-    static_assert(NaturalKind<LeafType<Value>>() != PropertyKind::Custom,
+    constexpr PropertyKind kNatural = NaturalKind<LeafType<Value>>();
+    static_assert(kNatural != PropertyKind::Custom,
                   "no kind of property holds this type; see NaturalKind for those that have one");
-    if (attributes.displayName.empty())
-    {
-        attributes.displayName = name;
-    }
-    if (!attributes.kind)
-    {
-        attributes.kind =
-            attributes.assetType.empty() ? NaturalKind<LeafType<Value>>() : PropertyKind::AssetRef;
-    }
-    if (*attributes.kind == PropertyKind::Enum && attributes.enumName.empty())
-    {
-        const EnumSchema* const schema = registry.FindEnum(TypeIdOf<LeafType<Value>>());
-        attributes.enumName = schema != nullptr ? schema->name : std::string();
-    }
-    return attributes;
+    return Detail::CompleteField(registry, name, given, kNatural, TypeIdOf<LeafType<Value>>());
 }
 
 /// Registers a nested value type by chained calls.
@@ -48,9 +44,8 @@ public:
     template<class Value, class Owner>
     ValueBuilder& Field(const char* name, Value Owner::*member, const FieldAttr& given = FieldAttr())
     {
-        FieldAttr attributes = CompleteField<Value>(registry_, name, given);
-        const PropertyKind kind = *attributes.kind;
-        registry_.AddProperty<Type, Value>(type_.name, name, member, kind, std::move(attributes));
+        const FieldAttr attributes = CompleteField<Value>(registry_, name, given);
+        registry_.AddProperty<Type, Value>(type_.name, name, member, *attributes.kind, attributes);
         return *this;
     }
 

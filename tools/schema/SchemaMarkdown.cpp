@@ -81,7 +81,7 @@ std::string TypeText(const PropertyInfo& property, const ReflectionRegistry& reg
     case PropertyKind::Enum:
         return text + LinkTo(property.attributes.enumName);
     case PropertyKind::AssetRef:
-        return text + std::string(KindName(leaf)) + " (" + property.attributes.assetType + ")";
+        return text + std::string(KindName(leaf)) + " (" + std::string(property.attributes.assetType) + ")";
     case PropertyKind::Object:
         return text + (type != nullptr ? LinkTo(type->name) : std::string(KindName(leaf)));
     default:

@@ -5,6 +5,8 @@
 #include <charconv>
 #include <memory>
 
+// Without its library, which would have to be found and loaded at every start.
+#define XXH_INLINE_ALL
 #include <xxhash.h>
 
 namespace Vornu::Assets

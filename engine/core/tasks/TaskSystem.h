@@ -126,6 +126,15 @@ public:
             // By value, or what the items write would have it read again for each range.
             const std::size_t step = grain;
             const auto [begin, end, stop] = claim;
+            if (step == 1) // a loop in a loop would cost more than a small item
+            {
+                for (std::size_t index = begin; index < end && !stop->load(std::memory_order_relaxed);
+                     ++index)
+                {
+                    function(index);
+                }
+                return;
+            }
             for (std::size_t first = begin; first < end; first += step)
             {
                 if (stop->load(std::memory_order_relaxed))

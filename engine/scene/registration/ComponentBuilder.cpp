@@ -32,6 +32,15 @@ void AddSaveGameField(ComponentTypeEntry& entry, SaveGameField field)
     entry.saveGame.fields.push_back(std::move(field));
 }
 
+void AddLayoutRow(ComponentTypeEntry& entry, ComponentLayoutRow row)
+{
+    if (entry.fields.empty())
+    {
+        entry.fields.reserve(8);
+    }
+    entry.fields.push_back(std::move(row));
+}
+
 void AddReplicatedField(ComponentTypeEntry& entry, ReplicatedField field)
 {
     if (field.path.empty())

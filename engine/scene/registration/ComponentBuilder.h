@@ -158,12 +158,13 @@ void AddSaveGameField(ComponentTypeEntry& entry, SaveGameField field);
 /// The same for a path, and for an empty one.
 void AddReplicatedField(ComponentTypeEntry& entry, ReplicatedField field);
 
+void AddLayoutRow(ComponentTypeEntry& entry, ComponentLayoutRow row);
+
 template<class Owner, class Value>
 std::size_t MemberOffset(Value Owner::*member)
 {
-    const Owner object{};
-    return static_cast<std::size_t>(reinterpret_cast<const std::byte*>(&(object.*member)) -
-                                    reinterpret_cast<const std::byte*>(&object));
+    const Owner& object = Reflection::DefaultOf<Owner>();
+    return Reflection::OffsetIn(&object, &(object.*member));
 }
 
 } // namespace Detail
@@ -209,8 +210,7 @@ public:
     ComponentBuilder& Field(const char* name, Value Owner::*member, const FieldAttr& given = FieldAttr())
     {
         auto& reflection = Reflection::ReflectionRegistry::Instance();
-        FieldAttr attributes = Reflection::CompleteField<Value>(reflection, name, given);
-        const PropertyKind kind = *attributes.kind;
+        const FieldAttr attributes = Reflection::CompleteField<Value>(reflection, name, given);
         Value Component::*const own = member;
         if constexpr (std::is_same_v<Value, Core::Guid>)
         {
@@ -220,7 +220,7 @@ public:
                         { remapper.RemapGuid(component.*own); });
             }
         }
-        reflection.AddProperty<Component, Value>(entry_.typeName, name, own, kind, std::move(attributes));
+        reflection.AddProperty<Component, Value>(entry_.typeName, name, own, *attributes.kind, attributes);
         AddLayoutRow(name, own, ComponentLayoutRow::Role::Reflected);
         return *this;
     }
@@ -459,8 +459,8 @@ private:
     template<class Value>
     void AddLayoutRow(std::string name, Value Component::*member, ComponentLayoutRow::Role role)
     {
-        entry_.fields.push_back(
-            {std::move(name), Detail::MemberOffset<Component>(member), sizeof(Value), alignof(Value), role});
+        Detail::AddLayoutRow(entry_, {std::move(name), Detail::MemberOffset<Component>(member), sizeof(Value),
+                                      alignof(Value), role});
     }
 
     ComponentTypeEntry& entry_;

@@ -23,9 +23,12 @@ ComponentTypeEntry& ComponentRegistry::AddEntry(Reflection::TypeId type)
         entry = entries_.emplace_back(std::make_unique<ComponentTypeEntry>()).get();
         entry->serial = entries_.size() - 1;
     }
-    const std::uint64_t serial = entry->serial;
-    *entry = ComponentTypeEntry();
-    entry->serial = serial;
+    else
+    {
+        const std::uint64_t serial = entry->serial;
+        *entry = ComponentTypeEntry();
+        entry->serial = serial;
+    }
     entry->type = type;
     return *entry;
 }

@@ -227,7 +227,9 @@ TEST(PluginComponents, DefinitionsDescribeTheComponent)
     const auto& tint = TypeOf(full).properties[1].attributes;
     EXPECT_EQ(full.displayName + "|" + full.category + "|" + full.description, "Full|Tests|All set.");
     EXPECT_EQ(full.flags, ComponentFlags::UserAddable);
-    EXPECT_EQ(angle.displayName + "|" + angle.tooltip + "|" + tint.displayName, "angle|To the north|Tint");
+    EXPECT_EQ(angle.displayName, "angle");
+    EXPECT_EQ(angle.tooltip, "To the north");
+    EXPECT_EQ(tint.displayName, "Tint");
     EXPECT_EQ(static_cast<int>(angle.flags), 2 + 8 + 16);
     EXPECT_EQ(static_cast<int>(tint.flags), 1 + 4 + 128);
     EXPECT_EQ(angle.rangeMax, 360.0f);
