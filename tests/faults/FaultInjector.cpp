@@ -26,6 +26,7 @@
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <ucontext.h>
 #include <unistd.h>
@@ -314,13 +315,21 @@ long GoWrong(const WatchedCall& call, Arguments a)
     return Forward(call, a);
 }
 
+/// The programs have none of their own; the sanitizers test memory by writing it to one.
+bool IsPipe(long descriptor)
+{
+    struct stat status = {};
+    return Raw(SYS_fstat, descriptor, &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
 long Watch(const WatchedCall& call, const Arguments& a)
 {
     if (call.number == SYS_write && diskIsFull.exchange(false))
     {
         return -ENOSPC;
     }
-    const bool isStream = (call.form == Form::File || call.form == Form::Transfer) && a[0] <= STDERR_FILENO;
+    const bool isStream =
+        (call.form == Form::File || call.form == Form::Transfer) && (a[0] <= STDERR_FILENO || IsPipe(a[0]));
     const long number = ++callCount;
     if (call.number == failingCall && !isStream)
     {
