@@ -104,7 +104,7 @@ private:
             return WriteAsset(head, *static_cast<const std::uint64_t*>(view.constData), attributes);
         case PropertyKind::EntityHandle:
         case PropertyKind::EntityLinkRef:
-            return Refuse(); // rare enough to be captured
+            return WriteCaptured(head, view, schema, attributes, depth);
         default:
             return WriteLeafLine(head, schema.kind, view);
         }
@@ -115,12 +115,9 @@ private:
     {
         const ValueAccessors& accessors = *view.accessors;
         const ValueSchema& element = *schema.element;
-        if (accessors.size == nullptr || accessors.constElement == nullptr)
-        {
-            Refuse();
-        }
-        const std::size_t size = accessors.size(view.constData);
-        if (size > kMaxElements)
+        const std::size_t size =
+            accessors.size != nullptr ? accessors.size(view.constData) : kMaxElements + 1;
+        if (size > kMaxElements || (size > 0 && accessors.constElement == nullptr))
         {
             Refuse();
         }
@@ -177,6 +174,15 @@ private:
             Refuse();
         }
         WriteText(head, *text);
+    }
+
+    /// For values that are rare.
+    void WriteCaptured(std::string_view head, const ObjectView& view, const ValueSchema& schema,
+                       const PropertyAttributes& attributes, std::uint32_t depth)
+    {
+        SchemaArena arena;
+        CodecState state{registry_, context_, arena};
+        WriteText(head, EncodeTypedValue(view, schema, attributes, state, depth).Text());
     }
 
     void WriteText(std::string_view head, std::string_view text)

@@ -188,8 +188,8 @@ void AssignNewIdentity(ScanEntry& entry, const MountedRoot& root)
     AssetSidecar& sidecar = *entry.sidecar;
     Warn("Duplicate asset GUID " + sidecar.guid.ToString() + " in " + entry.path +
          " (copied sidecar); assigning a new identity.");
-    const bool writes = root.IsWritable() && entry.hasSidecarFile && root.Contains(entry.Key()) &&
-                        !IsLink(entry.SidecarFile());
+    const bool writes = !entry.isProvisional && root.IsWritable() && entry.hasSidecarFile &&
+                        root.Contains(entry.Key()) && !IsLink(entry.SidecarFile());
     const auto renew = [&](Core::Guid& guid)
     {
         guid = writes ? Core::Guid::Generate()
@@ -223,7 +223,11 @@ void ResolveDuplicates(std::vector<ScanEntry>& entries, const MountedRoot& root,
         }
         const std::uint64_t* const lastKey = lastPathKeys.Find(entries[i].sidecar->guid);
         const bool wasHere = lastKey != nullptr && *lastKey == Core::KeyedHash(entries[i].Key());
-        const std::size_t loser = wasHere ? std::exchange(*holder, i) : i;
+        // An identity that was only guessed gives way to one that a file holds.
+        const bool keepsIt = entries[i].isProvisional == entries[*holder].isProvisional
+                                 ? wasHere
+                                 : entries[*holder].isProvisional;
+        const std::size_t loser = keepsIt ? std::exchange(*holder, i) : i;
         AssignNewIdentity(entries[loser], root);
         holders.Emplace(entries[loser].sidecar->guid, loser);
     }

@@ -247,6 +247,7 @@ AssetId FindReferenced(const AssetRegistry& registry, std::string_view text, Ass
     {
         return *known;
     }
+    const std::uint64_t revision = registry.GetRevision();
     const Platform::ReadFaultWatch faults("/");
     AssetId id = 0;
     if (text.starts_with(kDerivedPrefix))
@@ -259,7 +260,7 @@ AssetId FindReferenced(const AssetRegistry& registry, std::string_view text, Ass
     }
     if (faults.FirstError() == 0) // the next look may tell more
     {
-        registry.KeepAnswer(text, requiredKind, id);
+        registry.KeepAnswer(text, requiredKind, id, revision);
     }
     return id;
 }

@@ -392,11 +392,15 @@ std::optional<AssetId> AssetRegistry::FindAnswer(std::string_view text, AssetKin
     return memo.FindAnswer(text, requiredKind);
 }
 
-void AssetRegistry::KeepAnswer(std::string_view text, AssetKind requiredKind, AssetId id) const
+void AssetRegistry::KeepAnswer(std::string_view text, AssetKind requiredKind, AssetId id,
+                               std::uint64_t revision) const
 {
     const std::shared_lock lock(state_->mutex);
-    const auto [memo, memoLock] = state_->Memo();
-    memo.KeepAnswer(text, requiredKind, id);
+    if (state_->tables.Revision() == revision)
+    {
+        const auto [memo, memoLock] = state_->Memo();
+        memo.KeepAnswer(text, requiredKind, id);
+    }
 }
 
 bool AssetRegistry::NoteReference(std::string_view text) const

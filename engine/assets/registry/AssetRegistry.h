@@ -135,7 +135,8 @@ public:
                                                      const std::string& name) const;
     /// The asset that a text was found to name; nothing for a text that isn't known.
     std::optional<AssetId> FindAnswer(std::string_view text, AssetKind requiredKind) const;
-    void KeepAnswer(std::string_view text, AssetKind requiredKind, AssetId id) const;
+    /// For an answer that was found at `revision`; nothing is kept of one that is older by now.
+    void KeepAnswer(std::string_view text, AssetKind requiredKind, AssetId id, std::uint64_t revision) const;
     /// True the first time that a reference is noted, for messages that come once per reference.
     bool NoteReference(std::string_view text) const;
 

@@ -150,7 +150,14 @@ private:
         std::vector<ScanEntry>& entries = scan_.entries;
         std::sort(entries.begin(), entries.end(),
                   [](const ScanEntry& a, const ScanEntry& b)
-                  { return std::tie(a.Key(), a.path) < std::tie(b.Key(), b.path); });
+                  {
+                      // Of a file and links to it by names of other kinds, its own name says what it is.
+                      const auto isOther = [](const ScanEntry& entry)
+                      { return entry.kind != KindFromExtension(entry.path); };
+                      const auto order = std::tie(a.Key(), a.path) <=> std::tie(b.Key(), b.path);
+                      return order != 0 ? order < 0
+                                        : std::pair(isOther(a), a.kind) < std::pair(isOther(b), b.kind);
+                  });
         // A link and the file that it leads to are one asset.
         const auto isRepeated = [](const ScanEntry& first, const ScanEntry& second)
         {

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <mutex>
 #include <string_view>
 
 #include <fcntl.h>
@@ -238,6 +239,8 @@ int DefaultMode(const std::filesystem::path& folder, mode_t& mode)
     }
     if (acl.empty())
     {
+        static std::mutex mutex; // the mask can only be read by setting another
+        const std::lock_guard lock(mutex);
         const mode_t mask = ::umask(077);
         ::umask(mask);
         mode = 0666 & ~mask;

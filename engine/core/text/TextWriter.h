@@ -67,6 +67,14 @@ public:
     /// Hands over all that is buffered. Gives `Good()`.
     bool Flush();
 
+    /// Drops what was written behind a position. False if some of it has been handed over.
+    bool Rewind(std::uint64_t position) noexcept
+    {
+        const bool isBuffered = position >= flushed_ && position <= Position();
+        size_ = isBuffered ? static_cast<std::size_t>(position - flushed_) : size_;
+        return isBuffered;
+    }
+
     /// Drops what is buffered and starts from position 0; keeps the memory.
     void Clear() noexcept
     {

@@ -315,15 +315,15 @@ bool CookScene(const std::filesystem::path& path, std::vector<std::byte>& bytes,
         error = "Failed to open scene file for reading: " + path.native();
         return false;
     }
-    SceneStage stage;
-    const bool complete = file.ReadAll(stage.bytes);
-    Core::LineReader lines(stage.bytes.View(), !complete);
-    if (!ParseSceneText(lines, stage, path, error))
-    {
-        return false;
-    }
     try
     {
+        SceneStage stage;
+        const bool complete = file.ReadAll(stage.bytes);
+        Core::LineReader lines(stage.bytes.View(), !complete);
+        if (!ParseSceneText(lines, stage, path, error))
+        {
+            return false;
+        }
         bytes = EncodeCookedScene(stage);
         return true;
     }

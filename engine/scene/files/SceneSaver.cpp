@@ -170,9 +170,11 @@ private:
     void WriteRecords(std::span<const ComponentTypeEntry* const> components,
                       const ComponentSaveContext& context)
     {
+        const std::uint64_t start = out_.Position();
         try
         {
             SaveEntity(components, context, written_);
+            written_.clear();
             return;
         }
         catch (const std::bad_alloc&)
@@ -181,13 +183,21 @@ private:
         }
         catch (const std::exception&)
         {
+            const bool isRewound = out_.Rewind(start);
+            if (!out_.Good())
+            {
+                throw std::runtime_error("Failed to write component schema.");
+            }
             ComponentTypeEntry::RecordList records;
             SaveEntity(components, context, records);
             for (const Reflection::SchemaRecord& record : records)
             {
                 Reflection::WriteSchemaRecord(out_, record);
             }
-            throw;
+            if (!isRewound)
+            {
+                throw;
+            }
         }
     }
 
